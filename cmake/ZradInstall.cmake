@@ -1,0 +1,21 @@
+# Installs the headers, both libraries, the CMake package (find_package(zradutils CONFIG) gives
+# zradutils::zradutils) and the pkg-config file zradutils.pc.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS zradplatform zradutils EXPORT zradutilsTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY include/zrad platform/include/zrplatform
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+
+set(cmakedir ${CMAKE_INSTALL_LIBDIR}/cmake/zradutils)
+install(EXPORT zradutilsTargets NAMESPACE zradutils:: DESTINATION ${cmakedir})
+configure_package_config_file(cmake/zradutilsConfig.cmake.in
+  ${CMAKE_CURRENT_BINARY_DIR}/zradutilsConfig.cmake INSTALL_DESTINATION ${cmakedir})
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/zradutilsConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zradutilsConfig.cmake
+  ${CMAKE_CURRENT_BINARY_DIR}/zradutilsConfigVersion.cmake DESTINATION ${cmakedir})
+
+configure_file(cmake/zradutils.pc.in ${CMAKE_CURRENT_BINARY_DIR}/zradutils.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zradutils.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,72 @@
+# Helpers that give every subsystem, test suite, benchmark and fuzz target the same shape.
+#
+#   zrad_add_subsystem(json SOURCES a.cpp ... [DEPENDS log files] [LIBS ...])
+#     an object library zradutils_json whose objects go into libzradutils.so
+#   zrad_add_test(json SOURCES a_test.cpp ... [LIBS ...])
+#     test_json, linked with the objects of json and everything it depends on, run by ctest
+#   zrad_add_bench(json_bench SOURCES ... [LIBS ...])   Google Benchmark program on libzradutils
+#   zrad_add_fuzz(json_text SOURCES ... SUBSYSTEMS json)  libFuzzer target
+
+function(zrad_add_subsystem name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;LIBS" ${ARGN})
+  set(target zradutils_${name})
+  add_library(${target} OBJECT ${ARG_SOURCES})
+  target_include_directories(${target}
+    PUBLIC ${PROJECT_SOURCE_DIR}/include
+    PRIVATE ${PROJECT_SOURCE_DIR}/utils)
+  target_link_libraries(${target} PUBLIC zradplatform ${ARG_LIBS})
+  target_sources(zradutils PRIVATE $<TARGET_OBJECTS:${target}>)
+  target_link_libraries(zradutils PRIVATE ${ARG_LIBS})
+  set_property(GLOBAL PROPERTY ZRAD_DEPENDS_${name} log ${ARG_DEPENDS})
+endfunction()
+
+# The subsystems `names` stand on, themselves included.
+function(_zrad_closure out)
+  set(result "")
+  set(queue ${ARGN})
+  while(queue)
+    list(POP_FRONT queue sub)
+    if(NOT sub IN_LIST result)
+      list(APPEND result ${sub})
+      get_property(deps GLOBAL PROPERTY ZRAD_DEPENDS_${sub})
+      list(APPEND queue ${deps})
+    endif()
+  endwhile()
+  set(${out} ${result} PARENT_SCOPE)
+endfunction()
+
+function(_zrad_link_subsystems target)
+  _zrad_closure(subs ${ARGN})
+  foreach(sub IN LISTS subs)
+    target_link_libraries(${target} PRIVATE zradutils_${sub})
+  endforeach()
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/utils)
+endfunction()
+
+function(zrad_add_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  find_package(GTest REQUIRED)
+  add_executable(test_${name} ${ARG_SOURCES})
+  _zrad_link_subsystems(test_${name} ${name})
+  target_link_libraries(test_${name} PRIVATE GTest::gtest GTest::gtest_main ${ARG_LIBS})
+  # Each suite runs in a directory of its own, so relative files (the default "zrad.log") stay there.
+  set(workdir ${CMAKE_CURRENT_BINARY_DIR}/run)
+  file(MAKE_DIRECTORY ${workdir})
+  add_test(NAME ${name} COMMAND test_${name} WORKING_DIRECTORY ${workdir})
+endfunction()
+
+function(zrad_add_bench name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  find_package(benchmark REQUIRED)
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE zradutils benchmark::benchmark ${ARG_LIBS})
+endfunction()
+
+function(zrad_add_fuzz name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;SUBSYSTEMS;LIBS" ${ARGN})
+  add_executable(fuzz_${name} ${ARG_SOURCES})
+  target_compile_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
+  target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
+  _zrad_link_subsystems(fuzz_${name} ${ARG_SUBSYSTEMS})
+  target_link_libraries(fuzz_${name} PRIVATE ${ARG_LIBS})
+endfunction()

@@ -1,0 +1,4 @@
+// Export macro of libzradplatform: public symbols are marked, everything else stays hidden.
+#pragma once
+
+#define ZRPLATFORM_EXPORT __attribute__((visibility("default")))

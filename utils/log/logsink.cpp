@@ -1,0 +1,102 @@
+// The process-wide log sink: its settings, the line writer and the callback.
+//
+// Each line is formatted in full, then written with a single append write on a file opened and
+// closed for that line, so concurrent writers never interleave inside a line and every line is
+// on disk when zr_Log returns.
+#include <fcntl.h>
+#include <pthread.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <ctime>
+#include <string>
+#include <type_traits>
+
+#include <zrad/log.h>
+#include <zrplatform/memory.h>
+#include <zrplatform/strings.h>
+
+#include "log/logline.h"
+
+static_assert(std::is_same<pthread_t, unsigned long>::value,
+              "the callback passes pthread_self() as unsigned long");
+
+namespace {
+
+const char* g_logFile = "zrad.log";
+bool g_printToFile = true;
+unsigned g_level = 4;
+ZrLogCallback g_callback = nullptr;
+
+// localtime_r once per second per thread: the broken-down time is the costly part of a line.
+const std::tm& localTimeOf(time_t seconds) {
+  thread_local time_t cachedSeconds = -1;
+  thread_local std::tm cached{};
+  if (seconds != cachedSeconds) {
+    localtime_r(&seconds, &cached);
+    cachedSeconds = seconds;
+  }
+  return cached;
+}
+
+// Opens as "ab+" would, falling back to "wb" (create or truncate) as stdio callers did.
+int openLogFile(const char* name) {
+  int fd = ::open(name, O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+  if (fd < 0) fd = ::open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  return fd;
+}
+
+void writeLine(int level, int line, const char* file, const char* function, const char* message) {
+  int fd = openLogFile(g_logFile);
+  if (fd < 0) return;
+  timeval now;
+  gettimeofday(&now, nullptr);
+  thread_local std::string text;
+  text.clear();
+  zrad::detail::appendLogLine(text, localTimeOf(now.tv_sec), static_cast<long>(now.tv_usec), file,
+                              line, function, zrad::detail::logLevelName(level),
+                              reinterpret_cast<const void*>(pthread_self()), message);
+  const char* at = text.data();
+  size_t left = text.size();
+  while (left) {
+    ssize_t n = ::write(fd, at, left);
+    if (n <= 0) break;
+    at += n;
+    left -= static_cast<size_t>(n);
+  }
+  ::close(fd);
+}
+
+}  // namespace
+
+extern "C" {
+
+void zr_attach_log_fun(ZrLogCallback callback) { g_callback = callback; }
+
+void zr_set_Log_file(const char* path) {
+  if (!path) return;
+  size_t size = std::strlen(path) + 1;
+  auto* copy = static_cast<char*>(zrrxAlloc(size));
+  if (!copy) return;
+  std::memcpy(copy, path, size);
+  g_logFile = copy;  // the previous name stays allocated: another thread may be reading it
+}
+
+void zr_set_print_log_level(unsigned level) { g_level = level; }
+unsigned zrad_log_level() { return g_level; }
+void zr_set_print_log_to_file(int enabled) { g_printToFile = enabled != 0; }
+
+void zr_Log(int level, int line, const char* file, const char* function, const char* message) {
+  if (g_printToFile) writeLine(level, line, file, function, message);
+  if (ZrLogCallback callback = g_callback) callback(level, line, file, function, message, pthread_self());
+}
+
+void zr_Log_w(int level, int line, const char* file, const char* function, const wchar_t* message) {
+  ZrUtf8String utf8{ZrString(message)};
+  zr_Log(level, line, file, function, utf8.c_str());
+}
+
+void zrutSetCurThreadName(const char*) {}
+
+}  // extern "C"
