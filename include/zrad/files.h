@@ -106,6 +106,7 @@ ZRAD_EXPORT bool zrutSplitPath(const ZrUtf8String& path, ZrArray<ZrUtf8String>& 
 //   zrutFormatPath("a/b/c")        => "ab/c"
 //   zrutFormatPath("../x")         => ""
 //   zrutFormatPath("/")            => "/"
+//   zrutFormatPath("/a/..")        => ""       (the root "/" goes like any trailing "/")
 //   zrutFormatPath("")             => ""
 ZRAD_EXPORT ZrUtf8String zrutFormatPath(const ZrUtf8String& path);
 
