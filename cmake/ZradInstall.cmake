@@ -2,6 +2,7 @@
 # zradutils::zradutils) and the pkg-config file zradutils.pc.
 include(CMakePackageConfigHelpers)
 
+set_target_properties(zradutils PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS zradplatform zradutils EXPORT zradutilsTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
@@ -17,5 +18,7 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/zradutilsConfigVers
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zradutilsConfig.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/zradutilsConfigVersion.cmake DESTINATION ${cmakedir})
 
+# The .pc file finds its prefix from where it lies, so the package can be installed anywhere.
+file(RELATIVE_PATH PC_PREFIX_FROM_PCFILEDIR "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 configure_file(cmake/zradutils.pc.in ${CMAKE_CURRENT_BINARY_DIR}/zradutils.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zradutils.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

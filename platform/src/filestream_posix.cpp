@@ -27,7 +27,9 @@ class FileStream : public ZrStreamBuf {
                    : from == kSeekFromCurrent ? static_cast<int64_t>(tell())
                                               : static_cast<int64_t>(length());
     int64_t target = base + offset;
+    int64_t end = static_cast<int64_t>(length());
     if (target < 0) target = 0;
+    if (target > end) target = end;
     if (fseeko(m_file, static_cast<off_t>(target), SEEK_SET) != 0) throw ZrError(Zrad::eFileSeekError);
     return tell();
   }

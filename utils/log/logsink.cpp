@@ -12,6 +12,7 @@
 #include <ctime>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 #include <zrad/log.h>
 #include <zrplatform/memory.h>
@@ -80,7 +81,11 @@ void zr_set_Log_file(const char* path) {
   auto* copy = static_cast<char*>(zrrxAlloc(size));
   if (!copy) return;
   std::memcpy(copy, path, size);
-  g_logFile = copy;  // the previous name stays allocated: another thread may be reading it
+  // The previous name is never freed, since another thread may be opening it right now; it is
+  // kept reachable so that leak checkers see it as owned.
+  static auto* retired = new std::vector<const char*>;  // lives until exit, like the names
+  retired->push_back(g_logFile);
+  g_logFile = copy;
 }
 
 void zr_set_print_log_level(unsigned level) { g_level = level; }

@@ -10,7 +10,7 @@
 #include "export.h"
 
 namespace Zrad {
-enum ErrorStatus {
+enum ErrorStatus : int {
   eOk = 0,
   eNotImplemented = 1,
   eNotApplicable = 2,

@@ -1,0 +1,162 @@
+// The log sink: line format, level names, file and callback switches, threads, stack text.
+#include <pthread.h>
+
+#include <cstring>
+#include <ctime>
+#include <regex>
+#include <thread>
+
+#include <zrad/log.h>
+
+#include "log/logline.h"
+#include "log/logmsg.h"
+#include "log/stacktext.h"
+#include "logtest.h"
+
+namespace {
+
+struct Received {
+  int level, line;
+  std::string file, function, message;
+  unsigned long thread;
+};
+std::vector<Received> g_received;
+
+void receive(int level, int line, const char* file, const char* function, const char* message,
+             unsigned long thread) {
+  g_received.push_back({level, line, file, function, message, thread});
+}
+
+class LogSink : public TempDirTest {
+ protected:
+  void SetUp() override {
+    TempDirTest::SetUp();
+    file = path("zrad.log");
+    zr_set_Log_file(file.c_str());
+    zr_set_print_log_to_file(1);
+    zr_set_print_log_level(4);
+    zr_attach_log_fun(nullptr);
+    g_received.clear();
+  }
+  void TearDown() override {
+    zr_attach_log_fun(nullptr);
+    zr_set_print_log_to_file(1);
+    zr_set_print_log_level(4);
+    TempDirTest::TearDown();
+  }
+  std::string file;
+};
+
+}  // namespace
+
+TEST_F(LogSink, LineFormatAndLevelNames) {
+  const int levels[] = {0, 1, 2, 3, 4, 5, 6, -1};
+  const char* names[] = {"info", "info", "info", "debug", "warnning", "error", "info", "info"};
+  for (int level : levels) zr_Log(level, 12, "src/a.cpp", "fn", "hello world");
+  std::vector<std::string> got = lines(file);
+  ASSERT_EQ(got.size(), 8u);
+  for (size_t i = 0; i < got.size(); ++i) {
+    std::regex shape(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6}, src/a\.cpp \(12\)<fn>,\[)" +
+                     std::string(names[i]) + R"(\],\{tid:0x[0-9a-f]+\} hello world)");
+    EXPECT_TRUE(std::regex_match(got[i], shape)) << "row " << i << ": " << got[i];
+  }
+}
+
+TEST(LogLine, SameBytesAsPrintf) {
+  std::tm when{};
+  when.tm_year = 126, when.tm_mon = 0, when.tm_mday = 2, when.tm_hour = 3, when.tm_min = 4,
+  when.tm_sec = 7;
+  struct Row { long micros; int line; const void* thread; };
+  const Row rows[] = {{42, 12, reinterpret_cast<void*>(0x7f12abcdef00)}, {999999, -1, nullptr},
+                      {0, 2147483647, reinterpret_cast<void*>(1)}};
+  for (size_t i = 0; i < 3; ++i) {
+    std::string got;
+    zrad::detail::appendLogLine(got, when, rows[i].micros, "f.cpp", rows[i].line, "g", "debug",
+                                rows[i].thread, "m");
+    char want[512];
+    std::snprintf(want, sizeof want, "%4d-%02d-%02d %02d:%02d:%02d.%06d, %s (%d)<%s>,[%s],{tid:%p} %s\n",
+                  when.tm_year + 1900, when.tm_mon + 1, when.tm_mday, when.tm_hour, when.tm_min,
+                  when.tm_sec, static_cast<int>(rows[i].micros), "f.cpp", rows[i].line, "g", "debug",
+                  rows[i].thread, "m");
+    EXPECT_EQ(got, want) << "row " << i;
+  }
+}
+
+TEST_F(LogSink, FileFlagCallbackAndNullName) {
+  zr_attach_log_fun(receive);
+  zr_set_print_log_to_file(0);
+  zr_Log(3, 7, "src/b.cpp", "g", "to the callback only");
+  EXPECT_FALSE(exists(file));
+  ASSERT_EQ(g_received.size(), 1u);
+  EXPECT_EQ(g_received[0].level, 3);
+  EXPECT_EQ(g_received[0].line, 7);
+  EXPECT_EQ(g_received[0].function, "g");
+  EXPECT_EQ(g_received[0].message, "to the callback only");
+  EXPECT_EQ(g_received[0].thread, static_cast<unsigned long>(pthread_self()));
+
+  zr_set_print_log_to_file(1);
+  zr_set_Log_file(nullptr);  // keeps the current name
+  zr_Log_w(5, 1, "src/c.cpp", "h", L"wide \u4e2d");
+  ASSERT_EQ(lines(file).size(), 1u);
+  EXPECT_NE(lines(file)[0].find("[error],{tid:"), std::string::npos);
+  EXPECT_EQ(g_received.back().message, "wide \xE4\xB8\xAD");
+}
+
+TEST_F(LogSink, LibraryHelperFiltersAndBounds) {
+  zr_attach_log_fun(receive);
+  ZRAD_LOG(3, "utils/test", "below the default threshold %d", 3);
+  EXPECT_TRUE(g_received.empty());
+  std::string big(5000, 'x');
+  ZRAD_LOG(4, "utils/test", "%s", big.c_str());
+  ASSERT_EQ(g_received.size(), 1u);
+  EXPECT_EQ(g_received[0].message.size(), 2044u);
+  EXPECT_EQ(g_received[0].file, "utils/test");
+  EXPECT_EQ(g_received[0].function, "TestBody");
+  zr_set_print_log_level(3);
+  ZRAD_LOG(3, "utils/test", "now it passes");
+  EXPECT_EQ(g_received.size(), 2u);
+  zr_Log(0, 0, "", "", "the sink itself never filters");
+  EXPECT_EQ(g_received.size(), 3u);
+}
+
+TEST_F(LogSink, ThreadsNeverInterleaveInsideALine) {
+  constexpr int kThreads = 8, kLines = 400;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t)
+    threads.emplace_back([t] {
+      std::string body(200 + 37 * t, static_cast<char>('a' + t));
+      for (int i = 0; i < kLines; ++i) zr_Log(4, i, "src/t.cpp", "worker", body.c_str());
+    });
+  for (auto& th : threads) th.join();
+  std::vector<std::string> got = lines(file);
+  ASSERT_EQ(got.size(), static_cast<size_t>(kThreads * kLines));
+  std::vector<int> perThread(kThreads);
+  for (const std::string& line : got) {
+    size_t body = line.rfind("} ") + 2;
+    char c = line[body];
+    ASSERT_TRUE(c >= 'a' && c < 'a' + kThreads) << line;
+    EXPECT_EQ(line.substr(body), std::string(200 + 37 * (c - 'a'), c));
+    ++perThread[c - 'a'];
+  }
+  for (int n : perThread) EXPECT_EQ(n, kLines);
+}
+
+TEST_F(LogSink, StackDumpAndStackText) {
+  zr_attach_log_fun(receive);
+  zr_set_print_log_to_file(0);
+  zr_dumpStack();
+  ASSERT_EQ(g_received.size(), 1u);
+  EXPECT_EQ(g_received[0].level, 2);
+  EXPECT_EQ(g_received[0].line, -1);
+  EXPECT_EQ(g_received[0].file, "");
+  std::regex frame(R"(  # 0: 0x[0-9a-f]+  \S*  (0x[0-9a-f]+|0) 0x[0-9a-f]+ PC:0x[0-9a-f]+)");
+  std::string first = g_received[0].message.substr(0, g_received[0].message.find('\n'));
+  EXPECT_TRUE(std::regex_match(first, frame)) << first;
+
+  std::string text = zrad::detail::stackText();
+  EXPECT_EQ(text.compare(0, 6, "  # 0:"), 0);
+  EXPECT_LE(text.size(), 1024u);
+  zrad::detail::setStackTextProvider(nullptr);
+  EXPECT_EQ(zrad::detail::stackText(), "");
+  zrad::detail::setStackTextProvider(zrad::detail::builtinStackText);
+}
