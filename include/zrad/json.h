@@ -330,13 +330,16 @@ class ZRAD_EXPORT ElementValue : public IElementValueBase {
   // value is nested deeper than ZrJsonMaxDepth.
   bool readJson(const void* value);
   // Replaces the content by the next encoded element of `stream` (no signature byte). False,
-  // with the element left a null element, when the stream ends early, claims more items or
-  // bytes than it holds, or nests deeper than ZrJsonMaxDepth.
+  // with the element unchanged, when the stream ends early, claims more items or bytes than
+  // it holds, or nests deeper than ZrJsonMaxDepth.
   bool readBinary(ZrSmartPtr<ZrStreamBuf> stream);
 
-  // Internal to the element tree.
-  struct Storage;
-  friend struct Storage;
+  // Elements come from a per-thread pool of fixed-size blocks.
+  static void* operator new(size_t size);
+  static void operator delete(void* block, size_t size);
+
+  // Internal to the element tree: direct access to the fields for its readers and writers.
+  friend struct ElementAccess;
 
  private:
   ElementValue() = default;

@@ -1,0 +1,355 @@
+// Binary element stream: encoder and decoder.
+//
+// One encoded element is a 16-bit type word and a body by kind (counts and lengths 32-bit, values
+// 64-bit, little-endian). The encoder builds the bytes in memory and writes them at once, so a
+// refused tree leaves the stream untouched. The decoder reads through a buffer and checks every
+// count and length against what the stream still holds before it reserves anything.
+#include "json/binary.h"
+
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+#include "json/element_store.h"
+#include "json/limits.h"
+
+namespace zrad::json {
+namespace {
+
+void put16(std::string& out, uint32_t v) {
+  const char b[] = {char(v), char(v >> 8)};
+  out.append(b, 2);
+}
+void put32(std::string& out, uint32_t v) {
+  const char b[] = {char(v), char(v >> 8), char(v >> 16), char(v >> 24)};
+  out.append(b, 4);
+}
+void put64(std::string& out, uint64_t v) {
+  put32(out, static_cast<uint32_t>(v));
+  put32(out, static_cast<uint32_t>(v >> 32));
+}
+void putText(std::string& out, std::string_view text) {
+  put32(out, static_cast<uint32_t>(text.size()));
+  out.append(text.data(), text.size());
+}
+
+// Another element class writes itself through its writeBinary slot.
+void appendOwnEncoding(std::string& out, const IElementValueBase& e) {
+  ZrMemoryStreamPtr own = ZrMemoryStream::createNew();
+  const_cast<IElementValueBase&>(e).writeBinary(ZrStreamBufPtr(own.get()));
+  out.append(reinterpret_cast<const char*>(own->data()), own->length());
+}
+
+class Encoder {
+ public:
+  explicit Encoder(std::string& out) : m_out(out) {}
+
+  // `depth` counts the containers above `e`.
+  bool encode(const IElementValueBase* e, int depth, bool root) {
+    if (!e) {
+      put16(m_out, etNullFlag);
+      return true;
+    }
+    const ElementValue* ev = asElement(e);
+    if (!ev && !root) {
+      appendOwnEncoding(m_out, *e);
+      return true;
+    }
+    uint32_t type = ev ? ElementAccess::type(*ev) : static_cast<uint32_t>(e->getType());
+    put16(m_out, type & 0xFFFF);
+    int kind = kindOf(type);
+    if (isContainerGroup(type)) {
+      if (kind != etObject && kind != etArray) return true;
+      if (depth >= kMaxDepth) return false;
+      return kind == etObject ? encodeObject(e, ev, depth + 1) : encodeArray(e, ev, depth + 1);
+    }
+    if (!ev) {
+      encodeScalar(e, kind);
+      return true;
+    }
+    uint64_t word = ElementAccess::word(*ev);
+    switch (kind) {
+      case etString: putText(m_out, textOf(reinterpret_cast<const TextStore*>(word))); break;
+      case etByteBlock: {
+        auto* data = reinterpret_cast<const char*>(ElementAccess::second(*ev));
+        putText(m_out, data ? std::string_view(data, static_cast<uint32_t>(word)) : std::string_view());
+        break;
+      }
+      case etReserved42: break;
+      default: put64(m_out, word);
+    }
+    return true;
+  }
+
+ private:
+  // A scalar of another element class, from its getters.
+  void encodeScalar(const IElementValueBase* e, int kind) {
+    switch (kind) {
+      case etString: putText(m_out, viewOf(e->strValue())); break;
+      case etByteBlock: put32(m_out, 0); break;
+      case etReserved42: break;
+      case etBoolean: put64(m_out, e->boolValue() ? 1 : 0); break;
+      case etDouble: {
+        double d = e->floatValue();
+        uint64_t bits;
+        std::memcpy(&bits, &d, sizeof bits);
+        put64(m_out, bits);
+        break;
+      }
+      case etTime: put64(m_out, static_cast<uint64_t>(e->timeValue())); break;
+      case etPointer:
+      case etOwnedPointer:
+      case etRxObjectPointer: put64(m_out, reinterpret_cast<uintptr_t>(e->ptrValue())); break;
+      default: put64(m_out, static_cast<uint64_t>(e->longlongValue()));
+    }
+  }
+
+  bool encodeObject(const IElementValueBase* e, const ElementValue* ev, int depth) {
+    if (ev) {
+      auto* store = reinterpret_cast<const ObjectStore*>(ElementAccess::word(*ev));
+      put32(m_out, sizeOf(store));
+      for (uint32_t i = 0; i < sizeOf(store); ++i) {
+        putText(m_out, store->items()[i].name.view());
+        if (!encode(store->items()[i].value, depth, false)) return false;
+      }
+      return true;
+    }
+    int n = e->property_count();
+    put32(m_out, static_cast<uint32_t>(n));
+    ZrUtf8String name;
+    for (int i = 0; i < n; ++i) {
+      ZrJsonPtr value = e->enumproperty(i, name);
+      putText(m_out, viewOf(name));
+      if (!encode(value.get(), depth, false)) return false;
+    }
+    return true;
+  }
+
+  bool encodeArray(const IElementValueBase* e, const ElementValue* ev, int depth) {
+    if (ev) {
+      auto* store = reinterpret_cast<const ItemStore*>(ElementAccess::word(*ev));
+      put32(m_out, sizeOf(store));
+      for (uint32_t i = 0; i < sizeOf(store); ++i)
+        if (!encode(store->items()[i], depth, false)) return false;
+      return true;
+    }
+    int n = e->array_count();
+    put32(m_out, static_cast<uint32_t>(n));
+    for (int i = 0; i < n; ++i)
+      if (!encode(e->array_sub(i).get(), depth, false)) return false;
+    return true;
+  }
+
+  std::string& m_out;
+};
+
+// Buffered reading from a platform stream that never reads past what the stream holds.
+class Input {
+ public:
+  explicit Input(ZrStreamBuf& stream)
+      : m_stream(stream), m_left(stream.length() - stream.tell()), m_buf(new char[kChunk]) {}
+  // Puts back what was buffered but not used.
+  ~Input() {
+    if (m_end > m_pos) m_stream.seek(-static_cast<int64_t>(m_end - m_pos), kSeekFromCurrent);
+  }
+
+  uint64_t remaining() const { return (m_end - m_pos) + m_left; }
+
+  bool read(void* dst, uint64_t n) {
+    if (n > remaining()) return false;
+    char* out = static_cast<char*>(dst);
+    while (n) {
+      if (m_pos == m_end && !refill()) return false;
+      size_t take = static_cast<size_t>(std::min<uint64_t>(n, m_end - m_pos));
+      std::memcpy(out, m_buf.get() + m_pos, take);
+      m_pos += take;
+      out += take;
+      n -= take;
+    }
+    return true;
+  }
+  bool skip(uint64_t n) {
+    char sink[8];
+    return n <= sizeof sink && read(sink, n);
+  }
+  template <class T>
+  bool get(T& v) {
+    unsigned char b[sizeof(T)];
+    if (!read(b, sizeof b)) return false;
+    uint64_t u = 0;
+    for (size_t i = sizeof b; i-- > 0;) u = (u << 8) | b[i];
+    v = static_cast<T>(u);
+    return true;
+  }
+
+ private:
+  static constexpr size_t kChunk = 64 * 1024;
+
+  bool refill() {
+    uint32_t want = static_cast<uint32_t>(std::min<uint64_t>(kChunk, m_left));
+    uint32_t got = want ? m_stream.getBytes(m_buf.get(), want) : 0;
+    m_left = got < want ? 0 : m_left - got;
+    m_pos = 0;
+    m_end = got;
+    return got > 0;
+  }
+
+  ZrStreamBuf& m_stream;
+  uint64_t m_left;
+  std::unique_ptr<char[]> m_buf;
+  size_t m_pos = 0;
+  size_t m_end = 0;
+};
+
+class Decoder {
+ public:
+  explicit Decoder(Input& in) : m_in(in) {}
+
+  // Fills `e`, a container at nesting level `depth` when it is one.
+  bool decode(ElementValue& e, int depth) {
+    int16_t type;
+    if (!m_in.get(type)) return false;
+    e.initWithType(type);
+    uint32_t t = ElementAccess::type(e);
+    int kind = kindOf(t);
+    uint64_t& word = ElementAccess::word(e);
+    if (isContainerGroup(t)) {
+      if (kind != etObject && kind != etArray) return true;
+      if (depth > kMaxDepth) return false;
+      return kind == etObject ? decodeObject(word, depth) : decodeArray(word, depth);
+    }
+    switch (kind) {
+      case etString: {
+        std::string text;
+        if (!readText(text)) return false;
+        word = reinterpret_cast<uint64_t>(makeText(text));
+        return true;
+      }
+      case etByteBlock: {
+        uint32_t length;
+        if (!m_in.get(length) || length > m_in.remaining()) return false;
+        if (!length) return true;
+        void* data = std::malloc(length);
+        if (!data) throw ZrError(Zrad::eOutOfMemory);
+        word = length;
+        ElementAccess::second(e) = reinterpret_cast<uint64_t>(data);
+        return m_in.read(data, length);
+      }
+      case etReserved42: return true;
+      case etBoolean:
+      case etInteger:
+      case etDouble: return m_in.get(word);
+      default: return m_in.skip(8);  // pointers and times are not restored
+    }
+  }
+
+ private:
+  // A 32-bit length and that many bytes; a length of 0 or less is an empty text.
+  bool readText(std::string& text) {
+    int32_t length;
+    if (!m_in.get(length)) return false;
+    if (length <= 0) return true;
+    if (static_cast<uint64_t>(length) > m_in.remaining()) return false;
+    text.resize(static_cast<size_t>(length));
+    return m_in.read(text.data(), text.size());
+  }
+
+  // A count that the rest of the stream can hold at `minBytes` per member; negative is 0.
+  bool readCount(uint32_t& count, uint64_t minBytes) {
+    int32_t n;
+    if (!m_in.get(n)) return false;
+    count = n < 0 ? 0 : static_cast<uint32_t>(n);
+    return count <= m_in.remaining() / minBytes;
+  }
+
+  ElementValue* decodeChild(int depth) {
+    ElementValue* child = ElementAccess::make(etNullFlag);
+    if (decode(*child, depth)) return child;
+    child->Release();
+    return nullptr;
+  }
+
+  bool decodeArray(uint64_t& word, int depth) {
+    uint32_t count;
+    if (!readCount(count, 2)) return false;
+    std::vector<IElementValueBase*> items;
+    items.reserve(count);
+    bool ok = true;
+    for (uint32_t i = 0; i < count && ok; ++i) {
+      ElementValue* child = decodeChild(depth + 1);
+      ok = child != nullptr;
+      if (ok) items.push_back(child);
+    }
+    word = reinterpret_cast<uint64_t>(blockFrom(items.data(), sizeof(IElementValueBase*), static_cast<uint32_t>(items.size())));
+    return ok;
+  }
+
+  bool decodeObject(uint64_t& word, int depth) {
+    uint32_t count;
+    if (!readCount(count, 6)) return false;
+    std::vector<Entry> entries;
+    entries.reserve(count);
+    bool ok = true;
+    std::string name;
+    for (uint32_t i = 0; i < count && ok; ++i) {
+      name.clear();
+      ElementValue* child = (ok = readText(name)) ? decodeChild(depth + 1) : nullptr;
+      ok = child != nullptr;
+      if (!ok) break;
+      entries.push_back({{}, child});
+      makeName(entries.back().name, name);
+    }
+    auto* store = static_cast<ObjectStore*>(blockFrom(entries.data(), sizeof(Entry), static_cast<uint32_t>(entries.size())));
+    if (store) store->size = sortAndSettle(store->items(), store->size, Repeats::kLastWins);
+    word = reinterpret_cast<uint64_t>(store);
+    return ok;
+  }
+
+  Input& m_in;
+};
+
+}  // namespace
+
+bool encodeBinary(const IElementValueBase* root, std::string& out) {
+  size_t mark = out.size();
+  if (Encoder(out).encode(root, 0, true)) return true;
+  out.resize(mark);
+  return false;
+}
+
+bool decodeBinary(ElementValue& target, ZrStreamBuf& stream) {
+  ZrJsonPtr fresh = ElementValue::createObject(etNullFlag);
+  auto& decoded = static_cast<ElementValue&>(*fresh);
+  {
+    Input in(stream);
+    if (!Decoder(in).decode(decoded, 1)) return false;
+  }
+  takeContent(target, decoded);
+  return true;
+}
+
+bool signedBinary(const IElementValueBase& root, std::string& out) {
+  out.assign(1, static_cast<char>(kBinarySignature));
+  if (asElement(&root)) return encodeBinary(&root, out);
+  appendOwnEncoding(out, root);
+  return true;
+}
+
+void putAll(ZrStreamBuf& stream, const std::string& bytes) {
+  constexpr size_t kBlock = size_t(1) << 30;
+  for (size_t at = 0; at < bytes.size(); at += kBlock)
+    stream.putBytes(bytes.data() + at, static_cast<uint32_t>(std::min(kBlock, bytes.size() - at)));
+}
+
+}  // namespace zrad::json
+
+void IElementValueBase::writeBinary(ZrSmartPtr<ZrStreamBuf> stream) {
+  std::string bytes;
+  if (stream && zrad::json::encodeBinary(this, bytes)) zrad::json::putAll(*stream, bytes);
+}
+
+void ElementValue::writeBinary(ZrSmartPtr<ZrStreamBuf> stream) { IElementValueBase::writeBinary(stream); }
+
+bool ElementValue::readBinary(ZrSmartPtr<ZrStreamBuf> stream) {
+  return stream && zrad::json::decodeBinary(*this, *stream);
+}

@@ -1,0 +1,161 @@
+// The abstract element: reference counting, the null element's behaviour, and the handle.
+//
+// Release deletes without recursion: an element that dies while another is being destroyed on
+// the same thread is queued and deleted by the outermost Release, so dropping a deep tree
+// needs no deep stack.
+#include <vector>
+
+#include <zrad/json.h>
+
+namespace {
+
+struct Teardown {
+  bool running = false;
+  std::vector<IElementValueBase*> pending;
+};
+thread_local Teardown tTeardown;
+
+void destroy(IElementValueBase* e) {
+  Teardown& t = tTeardown;
+  if (t.running) {
+    t.pending.push_back(e);
+    return;
+  }
+  t.running = true;
+  delete e;
+  while (!t.pending.empty()) {
+    IElementValueBase* next = t.pending.back();
+    t.pending.pop_back();
+    delete next;
+  }
+  t.running = false;
+}
+
+}  // namespace
+
+IElementValueBase::~IElementValueBase() = default;
+
+unsigned IElementValueBase::AddRef() {
+  return m_refCount.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+unsigned IElementValueBase::Release() {
+  unsigned left = m_refCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
+  if (left == 0) destroy(this);
+  return left;
+}
+
+int IElementValueBase::getType() const { return etNullFlag; }
+ZrJsonPtr IElementValueBase::property_sub(const ZrUtf8String&) const { return {}; }
+ZrJsonPtr IElementValueBase::array_sub(int) const { return {}; }
+int IElementValueBase::array_count() const { return 0; }
+int IElementValueBase::property_count() const { return 0; }
+ZrJsonPtr IElementValueBase::enumproperty(int, ZrUtf8String&) const { return {}; }
+bool IElementValueBase::hasProperty(const ZrUtf8String& name) const {
+  return !property_sub(name).isNull();
+}
+
+ZrUtf8String IElementValueBase::strValue() const { return {}; }
+long long IElementValueBase::longlongValue() const { return 0; }
+unsigned long long IElementValueBase::ulonglongValue() const { return 0; }
+bool IElementValueBase::boolValue() const { return true; }
+double IElementValueBase::floatValue() const { return 0.0; }
+void* IElementValueBase::ptrValue() const { return nullptr; }
+long long IElementValueBase::timeValue() const { return 0; }
+
+long long IElementValueBase::safeTimeValue(long long def) const {
+  return (getType() & etNullFlag) ? def : timeValue();
+}
+
+long long IElementValueBase::safePropertyt(const ZrUtf8String& name, long long def) const {
+  ZrJsonPtr p = property_sub(name);
+  return p ? p->safeTimeValue(def) : def;
+}
+
+ZrJsonPtr IElementValueBase::set_propertys(const ZrUtf8String&, const ZrUtf8String&, bool) { return {}; }
+
+ZrJsonPtr IElementValueBase::set_propertysW(const ZrUtf8String& name, const ZrString& value, bool readOnly) {
+  if (getType() & etNullFlag) return {};
+  return set_propertys(name, ZrUtf8String(value), readOnly);
+}
+
+ZrJsonPtr IElementValueBase::set_property(const ZrUtf8String&, const ZrJsonPtr&) { return {}; }
+ZrJsonPtr IElementValueBase::set_propertyi(const ZrUtf8String&, int, bool) { return {}; }
+ZrJsonPtr IElementValueBase::set_propertyi64(const ZrUtf8String&, long long, bool) { return {}; }
+ZrJsonPtr IElementValueBase::set_propertyu(const ZrUtf8String&, unsigned long long, bool) { return {}; }
+ZrJsonPtr IElementValueBase::set_propertyt(const ZrUtf8String&, long long, bool) { return {}; }
+ZrJsonPtr IElementValueBase::set_propertyd(const ZrUtf8String&, double, bool) { return {}; }
+ZrJsonPtr IElementValueBase::set_propertyb(const ZrUtf8String&, bool, bool) { return {}; }
+ZrJsonPtr IElementValueBase::set_propertyp(const ZrUtf8String&, void*, bool) { return {}; }
+
+namespace {
+// The base value setters store nothing: a handle to the element unless it is read-only.
+ZrJsonPtr selfUnlessReadOnly(IElementValueBase* e) {
+  return (e->getType() & etReadOnlyFlag) ? ZrJsonPtr() : ZrJsonPtr(e);
+}
+}  // namespace
+
+ZrJsonPtr IElementValueBase::set_valuei(int) { return selfUnlessReadOnly(this); }
+ZrJsonPtr IElementValueBase::set_valuei64(long long) { return selfUnlessReadOnly(this); }
+ZrJsonPtr IElementValueBase::set_valueu(unsigned long long) { return selfUnlessReadOnly(this); }
+ZrJsonPtr IElementValueBase::set_valuet(long long) { return selfUnlessReadOnly(this); }
+ZrJsonPtr IElementValueBase::set_values(const ZrUtf8String&) { return selfUnlessReadOnly(this); }
+
+ZrJsonPtr IElementValueBase::set_valuesW(const ZrString& value) {
+  if (getType() & etNullFlag) return {};
+  return set_values(ZrUtf8String(value));
+}
+
+ZrJsonPtr IElementValueBase::set_value_point2d(const ZrGePoint2d&) { return {}; }
+ZrJsonPtr IElementValueBase::set_valued(double) { return selfUnlessReadOnly(this); }
+ZrJsonPtr IElementValueBase::set_valueb(bool) { return selfUnlessReadOnly(this); }
+ZrJsonPtr IElementValueBase::set_valuep(void*, int) { return selfUnlessReadOnly(this); }
+
+ZrJsonPtr IElementValueBase::appendObjects(const ZrUtf8String&) { return {}; }
+void IElementValueBase::removeProperty(const ZrUtf8String&) {}
+bool IElementValueBase::array_append(ZrJsonPtr) { return false; }
+bool IElementValueBase::setArrayItem(int, ZrJsonPtr) { return false; }
+int IElementValueBase::remove_array_item(int) { return -1; }
+int IElementValueBase::get_array_index(const ZrJsonPtr&) const { return -1; }
+bool IElementValueBase::update_property(const ZrUtf8String&, const ZrJsonPtr&) { return false; }
+bool IElementValueBase::update_array(const ZrJsonPtr&) { return false; }
+void IElementValueBase::clear() {}
+
+ZrUtf8String IElementValueBase::strTimeValue() const {
+  (void)timeValue();
+  return {};
+}
+
+ZrJsonPtr IElementValueBase::set_propertys(const ZrUtf8String& name, const char* value, bool readOnly) {
+  return set_propertys(name, ZrUtf8String(value), readOnly);
+}
+
+ZrJsonPtr IElementValueBase::set_value_rxobject_ptr(ZrRxObject* obj) {
+  if (obj) zrrxAddRef(obj);
+  return set_valuep(obj, etRxObjectPointer);
+}
+
+bool IElementValueBase::isNumber(const ZrUtf8String& text) {
+  for (char c : text.str())
+    if (c < '0' || c > '9') return false;
+  return true;
+}
+
+// ---- the handle ----
+
+ZrJsonPtr ZrJsonPtr::operator()(const char* name) const {
+  return m_p ? m_p->property_sub(ZrUtf8String(name)) : ZrJsonPtr();
+}
+ZrJsonPtr ZrJsonPtr::operator()(const ZrUtf8String& name) const {
+  return m_p ? m_p->property_sub(name) : ZrJsonPtr();
+}
+ZrJsonPtr ZrJsonPtr::operator()(const std::string& name) const {
+  return m_p ? m_p->property_sub(ZrUtf8String(name)) : ZrJsonPtr();
+}
+ZrJsonPtr ZrJsonPtr::operator()(int index) const {
+  return m_p ? m_p->array_sub(index) : ZrJsonPtr();
+}
+int ZrJsonPtr::ArrayCount() const { return m_p ? m_p->array_count() : 0; }
+bool ZrJsonPtr::hasProperty(const ZrUtf8String& name) const {
+  return m_p && m_p->hasProperty(name);
+}

@@ -1,0 +1,120 @@
+// Element storage: text blocks, property names, item and entry blocks.
+//
+// Blocks are plain malloc'd memory: entries and item pointers are trivially relocatable, so
+// growing is a realloc and sorting moves raw bytes.
+#include "json/element_store.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
+namespace zrad::json {
+namespace {
+
+void* checkedAlloc(void* p) {
+  if (!p) throw ZrError(Zrad::eOutOfMemory);
+  return p;
+}
+
+bool nameLess(const Entry& a, const Entry& b) {
+  return compareNames(a.name.view(), b.name.view()) < 0;
+}
+
+}  // namespace
+
+TextStore* makeText(std::string_view text) {
+  if (text.empty()) return nullptr;
+  auto* t = static_cast<TextStore*>(checkedAlloc(std::malloc(sizeof(TextStore) + text.size() + 1)));
+  t->size = static_cast<uint32_t>(text.size());
+  std::memcpy(t->data(), text.data(), text.size());
+  t->data()[text.size()] = 0;
+  return t;
+}
+
+void makeName(Name& name, std::string_view text) {
+  name.size = static_cast<uint32_t>(text.size());
+  if (text.size() <= Name::kInline) {
+    if (!text.empty()) std::memcpy(name.bytes, text.data(), text.size());
+    return;
+  }
+  char* heap = static_cast<char*>(checkedAlloc(std::malloc(text.size())));
+  std::memcpy(heap, text.data(), text.size());
+  std::memcpy(name.bytes, &heap, sizeof heap);
+}
+
+void freeName(Name& name) {
+  if (name.size > Name::kInline) std::free(const_cast<char*>(name.view().data()));
+  name.size = 0;
+}
+
+void* growBlock(void* block, size_t itemSize, uint32_t needed) {
+  uint32_t capacity = block ? static_cast<Block<char>*>(block)->capacity : 0;
+  if (needed <= capacity) return block;
+  uint64_t grown = capacity < 4 ? 4 : uint64_t(capacity) * 2;
+  if (grown < needed) grown = needed;
+  if (grown > 0x7FFFFFFF) grown = 0x7FFFFFFF;
+  if (grown < needed) throw ZrError(Zrad::eOutOfMemory);
+  auto* b = static_cast<Block<char>*>(
+      checkedAlloc(std::realloc(block, sizeof(Block<char>) + grown * itemSize)));
+  if (!block) b->size = 0;
+  b->capacity = static_cast<uint32_t>(grown);
+  return b;
+}
+
+void* blockFrom(const void* items, size_t itemSize, uint32_t count) {
+  if (count == 0) return nullptr;
+  auto* b = static_cast<Block<char>*>(checkedAlloc(std::malloc(sizeof(Block<char>) + count * itemSize)));
+  b->size = b->capacity = count;
+  std::memcpy(b->items(), items, count * itemSize);
+  return b;
+}
+
+void freeItems(ItemStore* store) {
+  if (!store) return;
+  for (uint32_t i = 0; i < store->size; ++i) releaseItem(store->items()[i]);
+  std::free(store);
+}
+
+void freeEntries(ObjectStore* store) {
+  if (!store) return;
+  for (uint32_t i = 0; i < store->size; ++i) {
+    freeName(store->items()[i].name);
+    releaseItem(store->items()[i].value);
+  }
+  std::free(store);
+}
+
+int findEntry(const ObjectStore* store, std::string_view name) {
+  int lo = 0, hi = static_cast<int>(sizeOf(store)) - 1;
+  while (lo <= hi) {
+    int mid = (lo + hi) >> 1;
+    int c = compareNames(store->items()[mid].name.view(), name);
+    if (c == 0) return mid;
+    if (c < 0) lo = mid + 1;
+    else hi = mid - 1;
+  }
+  return -lo - 1;
+}
+
+uint32_t sortAndSettle(Entry* entries, uint32_t count, Repeats rule) {
+  bool sorted = true;
+  for (uint32_t i = 1; i < count && sorted; ++i) sorted = nameLess(entries[i - 1], entries[i]);
+  if (sorted) return count;
+  // Stable, so repeated names stay in document order for the settling below.
+  std::stable_sort(entries, entries + count, nameLess);
+  uint32_t out = 0;
+  for (uint32_t i = 0; i < count; ++i) {
+    if (out > 0 && entries[out - 1].name.view() == entries[i].name.view()) {
+      Entry& kept = entries[out - 1];
+      bool keepOld = rule == Repeats::kLikeSetProperty && kept.value && isReadOnly(static_cast<uint32_t>(kept.value->getType()));
+      if (!keepOld) std::swap(kept.value, entries[i].value);
+      freeName(entries[i].name);
+      releaseItem(entries[i].value);
+      continue;
+    }
+    entries[out++] = entries[i];
+  }
+  return out;
+}
+
+}  // namespace zrad::json

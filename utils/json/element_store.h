@@ -1,0 +1,150 @@
+// Element storage: the owned blocks behind Array, Object and String elements.
+//
+// An Array holds an ItemStore (a counted block of element pointers), an Object an ObjectStore
+// (a flat block of entries kept sorted byte-wise by name, so lookups are binary searches and
+// enumeration is by index), a String a TextStore. Every block is one malloc'd allocation; a
+// null block stands for empty storage. Each stored element pointer owns one reference.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <typeinfo>
+#include <utility>
+
+#include <zrad/json.h>
+
+// Field access for the tree's own readers and writers (befriended by ElementValue).
+struct ElementAccess {
+  static uint32_t& type(ElementValue& e) { return e.m_type; }
+  static uint32_t type(const ElementValue& e) { return e.m_type; }
+  static uint64_t& word(ElementValue& e) { return e.m_value.u; }
+  static uint64_t word(const ElementValue& e) { return e.m_value.u; }
+  static uint64_t& second(ElementValue& e) { return e.m_second; }
+  static uint64_t second(const ElementValue& e) { return e.m_second; }
+  // A fresh element with count 1 that the caller owns.
+  static ElementValue* make(uint32_t type) {
+    ElementValue* e = new ElementValue();
+    e->m_type = type;
+    return e;
+  }
+};
+
+namespace zrad::json {
+
+// Moves the whole content (type word, value, byte block) of `from` into `to`, freeing what `to`
+// held; `from` keeps only what `to` had in its words after the free (nothing).
+inline void takeContent(ElementValue& to, ElementValue& from) {
+  to.freePointerValue();
+  ElementAccess::type(to) = ElementAccess::type(from);
+  std::swap(ElementAccess::word(to), ElementAccess::word(from));
+  std::swap(ElementAccess::second(to), ElementAccess::second(from));
+}
+
+inline int kindOf(uint32_t type) { return static_cast<int>(type & 0xFF); }
+inline bool isReadOnly(uint32_t type) { return (type & etReadOnlyFlag) != 0; }
+// None, Array, Object (and kind 3): the kinds whose JSON form is a container.
+inline bool isContainerGroup(uint32_t type) { return (type & 0xFC) == 0; }
+
+// The element as an ElementValue when it is exactly one (its fields may then be read directly).
+inline const ElementValue* asElement(const IElementValueBase* e) {
+  return e && typeid(*e) == typeid(ElementValue) ? static_cast<const ElementValue*>(e) : nullptr;
+}
+inline ElementValue* asElement(IElementValueBase* e) {
+  return e && typeid(*e) == typeid(ElementValue) ? static_cast<ElementValue*>(e) : nullptr;
+}
+
+// Drops the reference a stored pointer owns.
+inline void releaseItem(IElementValueBase* e) {
+  if (e) e->Release();
+}
+
+// ---- text ----
+
+struct TextStore {
+  uint32_t size;
+  // followed by size bytes and a terminating zero
+  char* data() { return reinterpret_cast<char*>(this + 1); }
+};
+
+// A new block holding `text`; null for empty text.
+TextStore* makeText(std::string_view text);
+inline std::string_view textOf(const TextStore* t) {
+  return t ? std::string_view(const_cast<TextStore*>(t)->data(), t->size) : std::string_view();
+}
+
+// ---- property names ----
+
+// A property name: up to kInline bytes inside the entry, longer ones in a heap block.
+struct Name {
+  static constexpr uint32_t kInline = 20;
+  uint32_t size;
+  char bytes[kInline];  // the text, or the heap pointer when size > kInline
+
+  std::string_view view() const {
+    if (size <= kInline) return std::string_view(bytes, size);
+    const char* heap;
+    std::memcpy(&heap, bytes, sizeof heap);
+    return std::string_view(heap, size);
+  }
+};
+
+// Fills `name` with a copy of `text`; pair with freeName.
+void makeName(Name& name, std::string_view text);
+void freeName(Name& name);
+
+// strcmp order on the UTF-8 bytes (a shorter prefix first).
+inline int compareNames(std::string_view a, std::string_view b) {
+  size_t n = a.size() < b.size() ? a.size() : b.size();
+  int c = n ? std::memcmp(a.data(), b.data(), n) : 0;
+  if (c != 0) return c;
+  return a.size() < b.size() ? -1 : (a.size() > b.size() ? 1 : 0);
+}
+
+struct Entry {
+  Name name;
+  IElementValueBase* value;
+};
+
+// ---- containers ----
+
+// A counted block of T with room for `capacity`.
+template <class T>
+struct Block {
+  uint32_t size;
+  uint32_t capacity;
+  T* items() { return reinterpret_cast<T*>(this + 1); }
+  const T* items() const { return reinterpret_cast<const T*>(this + 1); }
+};
+using ItemStore = Block<IElementValueBase*>;
+using ObjectStore = Block<Entry>;
+
+// Grows `block` (null allowed) so it holds at least `needed` items; the result replaces it.
+void* growBlock(void* block, size_t itemSize, uint32_t needed);
+// A block with exactly `count` items copied from `items`; null when count is 0.
+void* blockFrom(const void* items, size_t itemSize, uint32_t count);
+
+inline uint32_t sizeOf(const void* block) {
+  return block ? static_cast<const Block<char>*>(block)->size : 0;
+}
+
+// Releases every item and frees the block.
+void freeItems(ItemStore* store);
+// Frees every name, releases every value and frees the block.
+void freeEntries(ObjectStore* store);
+
+// Index of `name` in the store, or -(insertion point) - 1 when absent.
+int findEntry(const ObjectStore* store, std::string_view name);
+
+// How sortAndSettle keeps one of several entries with the same name.
+enum class Repeats {
+  kLikeSetProperty,  // a later value replaces an earlier one unless that is read-only
+  kLastWins,
+};
+// Sorts entries gathered in stream order and settles repeated names; returns the new count.
+uint32_t sortAndSettle(Entry* entries, uint32_t count, Repeats rule);
+
+// Views of the platform's strings.
+inline std::string_view viewOf(const ZrUtf8String& s) { return std::string_view(s.str()); }
+
+}  // namespace zrad::json

@@ -1,0 +1,185 @@
+// JSON text reader: builds elements straight from RapidJSON's SAX events.
+//
+// The parser runs with its default flags, so it accepts exactly the texts its DOM would; the
+// handler builds nodes as events arrive (no intermediate document). Object entries gather on one
+// shared stack and become a sorted block when the object ends; array items likewise. Depth is
+// counted in the handler, which stops the parser before its recursion can run away.
+#include <rapidjson/document.h>
+#include <rapidjson/reader.h>
+
+#include <vector>
+
+#include "json/element_store.h"
+#include "json/limits.h"
+#include "json/reader.h"
+#include "json/textguard.h"
+
+namespace zrad::json {
+namespace {
+
+class TreeBuilder {
+ public:
+  TreeBuilder() { m_pending.size = 0; }
+  TreeBuilder(const TreeBuilder&) = delete;
+  TreeBuilder& operator=(const TreeBuilder&) = delete;
+  ~TreeBuilder() {
+    releaseItem(m_root);
+    freeName(m_pending);
+    for (Frame& f : m_frames) freeName(f.name);
+    for (Entry& e : m_entries) {
+      freeName(e.name);
+      releaseItem(e.value);
+    }
+    for (IElementValueBase* item : m_items) releaseItem(item);
+  }
+
+  // The finished root, owned by the caller.
+  ElementValue* takeRoot() { return std::exchange(m_root, nullptr); }
+
+  bool Null() {
+    // A null property becomes an empty String; a null item or root stays a null element.
+    return add(ElementAccess::make(inObject() ? etString : etNullFlag));
+  }
+  bool Bool(bool b) { return addWord(etBoolean, b ? 1 : 0); }
+  bool Int(int i) { return addWord(etInteger, static_cast<uint64_t>(static_cast<int64_t>(i))); }
+  bool Uint(unsigned u) { return addWord(etInteger, u); }
+  bool Int64(int64_t i) { return addWord(etInteger, static_cast<uint64_t>(i)); }
+  bool Uint64(uint64_t u) { return addWord(etInteger, u); }
+  bool Double(double d) {
+    uint64_t bits;
+    std::memcpy(&bits, &d, sizeof bits);
+    return addWord(etDouble, bits);
+  }
+  bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }  // not with default flags
+  bool String(const char* s, rapidjson::SizeType n, bool) {
+    return addWord(etString, reinterpret_cast<uint64_t>(makeText(std::string_view(s, n))));
+  }
+  bool Key(const char* s, rapidjson::SizeType n, bool) {
+    std::string_view name(s, n);
+    m_pendingReadOnly = !name.empty() && name[0] == '*';
+    if (m_pendingReadOnly) name.remove_prefix(1);
+    freeName(m_pending);
+    makeName(m_pending, name);
+    return true;
+  }
+  bool StartObject() { return open(true); }
+  bool EndObject(rapidjson::SizeType) {
+    Frame f = close();
+    uint32_t count = static_cast<uint32_t>(m_entries.size() - f.start);
+    auto* store = static_cast<ObjectStore*>(blockFrom(m_entries.data() + f.start, sizeof(Entry), count));
+    m_entries.resize(f.start);
+    if (store) store->size = sortAndSettle(store->items(), count, Repeats::kLikeSetProperty);
+    return addWord(etObject, reinterpret_cast<uint64_t>(store));
+  }
+  bool StartArray() { return open(false); }
+  bool EndArray(rapidjson::SizeType) {
+    Frame f = close();
+    uint32_t count = static_cast<uint32_t>(m_items.size() - f.start);
+    void* store = blockFrom(m_items.data() + f.start, sizeof(IElementValueBase*), count);
+    m_items.resize(f.start);
+    return addWord(etArray, reinterpret_cast<uint64_t>(store));
+  }
+
+ private:
+  // A container being built, with the name it will be stored under in its parent.
+  struct Frame {
+    bool object;
+    bool readOnly;
+    size_t start;
+    Name name;
+  };
+
+  bool inObject() const { return !m_frames.empty() && m_frames.back().object; }
+
+  bool open(bool object) {
+    if (m_frames.size() >= static_cast<size_t>(kMaxDepth)) return false;
+    m_frames.push_back({object, m_pendingReadOnly, object ? m_entries.size() : m_items.size(), m_pending});
+    m_pending.size = 0;
+    m_pendingReadOnly = false;
+    return true;
+  }
+
+  Frame close() {
+    Frame f = m_frames.back();
+    m_frames.pop_back();
+    freeName(m_pending);
+    m_pending = f.name;
+    m_pendingReadOnly = f.readOnly;
+    return f;
+  }
+
+  bool addWord(uint32_t type, uint64_t word) {
+    ElementValue* e = ElementAccess::make(type);
+    ElementAccess::word(*e) = word;
+    return add(e);
+  }
+
+  bool add(ElementValue* e) {
+    if (m_frames.empty()) {
+      m_root = e;
+    } else if (m_frames.back().object) {
+      if (m_pendingReadOnly) ElementAccess::type(*e) |= etReadOnlyFlag;
+      m_entries.push_back({m_pending, e});
+      m_pending.size = 0;
+    } else {
+      m_items.push_back(e);
+    }
+    return true;
+  }
+
+  std::vector<Frame> m_frames;
+  std::vector<Entry> m_entries;
+  std::vector<IElementValueBase*> m_items;
+  Name m_pending;
+  bool m_pendingReadOnly = false;
+  ElementValue* m_root = nullptr;
+};
+
+// Moves the content of `built` (owned, released here) into `target`.
+void applyTo(ElementValue& target, ElementValue* built) {
+  ZrJsonPtr keep = ZrJsonPtr::adopt(built);
+  uint32_t type = ElementAccess::type(*built);
+  int kind = kindOf(type);
+  if (kind == etObject || kind == etArray) {
+    target.initWithType(kind);
+    uint64_t& mine = ElementAccess::word(target);
+    uint64_t& theirs = ElementAccess::word(*built);
+    if (sizeOf(reinterpret_cast<void*>(mine)) == 0) {
+      std::swap(mine, theirs);
+    } else if (kind == etObject) {
+      auto* store = reinterpret_cast<ObjectStore*>(theirs);
+      for (uint32_t i = 0; i < sizeOf(store); ++i) {
+        const Entry& e = store->items()[i];
+        target.set_property(ZrUtf8String(std::string(e.name.view())), ZrJsonPtr(e.value));
+      }
+    } else {
+      auto* store = reinterpret_cast<ItemStore*>(theirs);
+      for (uint32_t i = 0; i < sizeOf(store); ++i) target.array_append(ZrJsonPtr(store->items()[i]));
+    }
+    return;
+  }
+  takeContent(target, *built);
+}
+
+}  // namespace
+
+bool parseInto(ElementValue& target, std::string_view text) {
+  if (!numbersAreSafe(text)) return false;
+  TreeBuilder builder;
+  rapidjson::Reader reader;
+  rapidjson::StringStream stream(text.data());
+  if (reader.Parse<rapidjson::kParseDefaultFlags>(stream, builder).IsError()) return false;
+  applyTo(target, builder.takeRoot());
+  return true;
+}
+
+}  // namespace zrad::json
+
+bool ElementValue::readJson(const void* value) {
+  using namespace zrad::json;
+  if (!value) return false;
+  TreeBuilder builder;
+  if (!static_cast<const rapidjson::Value*>(value)->Accept(builder)) return false;
+  applyTo(*this, builder.takeRoot());
+  return true;
+}
