@@ -80,7 +80,7 @@ ZRAD_EXPORT double wstof(const ZrString& text);
 //   (",,", ",")       => []
 ZRAD_EXPORT void zrutSplitString(const ZrUtf8String& text, const ZrUtf8String& delimiters,
                                  ZrArray<ZrUtf8String>& fields);
-// zrutSplitString with the one-character set {delimiter}.
+// zrutSplitString with the one-character set {delimiter}; the delimiter is one byte.
 //   ("1.2.3", '.')    => ["1", "2", "3"]
 ZRAD_EXPORT void zrutSplitStringA(const ZrUtf8String& text, char delimiter,
                                   ZrArray<ZrUtf8String>& fields);

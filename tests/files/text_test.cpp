@@ -107,7 +107,7 @@ TEST(Text, SplitAndJoin) {
   } rows[] = {{"a,,b,", ",", "a|b|"},  {"a;b,c", ",;", "a|b|c|"}, {"", ",", ""},     {",,", ",", ""},
               {"abc", ",", "abc|"},    {"a b", "", "a b|"},       {"甲，乙，", "，", "甲|乙|"},
               // "，" (EF BC 8C) shares its lead byte with "｛" (EF BD 9B): no cut inside it.
-              {"｛，x", "，", "｛|x|"}, {"\xE4", "\xE4", ""}};
+              {"｛，x", "，", "｛|x|"}, {"\xE4", "\xE4", ""}, {"a,b，c，", ",，", "a|b|c|"}};
   for (size_t i = 0; i < std::size(rows); ++i) {
     ZrArray<ZrUtf8String> fields;
     fields.append("kept");
