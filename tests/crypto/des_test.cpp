@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "crypto/des_cipher.h"
+#include "crypto/hex.h"
 #include "pattern.h"
 
 namespace {
@@ -24,10 +25,7 @@ std::vector<unsigned char> fromHex(const std::string& hex) {
 }
 
 std::string toHex(const std::string& bytes) {
-  static const char digits[] = "0123456789abcdef";
-  std::string hex;
-  for (unsigned char b : bytes) hex += {digits[b >> 4], digits[b & 15]};
-  return hex;
+  return zrad::crypto::toHex(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), false);
 }
 
 std::string md5Hex(const std::string& bytes) {

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <string>
 
+#include "crypto/hex.h"
 #include "pattern.h"
 
 namespace {
@@ -53,16 +54,6 @@ const SizedDigest kSized[] = {
     {1000, "0b8ae90ded6089334e353eb2669ab5e6"},  {3145733, "fc6e7f04808a1494320b1f317f9e2ca9"},
 };
 
-std::string hex(const unsigned char* bytes, size_t n) {
-  std::string text;
-  char pair[3];
-  for (size_t i = 0; i < n; ++i) {
-    std::snprintf(pair, sizeof pair, "%02x", bytes[i]);
-    text += pair;
-  }
-  return text;
-}
-
 TEST(Md5, BufferAndPiecewiseFeedingMatchMd5sum) {
   const size_t pieces[] = {1, 7, 63, 64, 65, 4096};
   for (size_t i = 0; i < std::size(kSized); ++i) {
@@ -77,7 +68,7 @@ TEST(Md5, BufferAndPiecewiseFeedingMatchMd5sum) {
       MD5Digest(&context, nullptr, 0);
       unsigned char digest[16];
       MD5Close(&context, digest);
-      EXPECT_EQ(hex(digest, 16), kSized[i].digest) << "row " << i << " piece " << piece;
+      EXPECT_EQ(zrad::crypto::toHex(digest, 16, false), kSized[i].digest) << "row " << i << " piece " << piece;
     }
   }
 }
