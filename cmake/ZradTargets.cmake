@@ -60,6 +60,7 @@ function(zrad_add_bench name)
   find_package(benchmark REQUIRED)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE zradutils benchmark::benchmark ${ARG_LIBS})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/bench)
 endfunction()
 
 function(zrad_add_fuzz name)
