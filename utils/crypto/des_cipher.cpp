@@ -10,6 +10,7 @@
 #include "crypto/des_cipher.h"
 
 #include <array>
+#include <utility>
 
 namespace zrad::crypto {
 namespace {
@@ -121,18 +122,20 @@ inline uint32_t feistel(uint32_t r, const uint32_t* key) {
          kSp[5][even >> 8 & 63] | kSp[7][even & 63];
 }
 
-// Sixteen rounds on the block (l, r), both as big-endian words.
-inline void crypt(const uint32_t* keys, uint32_t& l, uint32_t& r) {
-  initialPermutation(l, r);
+// Sixteen rounds on N independent blocks (l[i], r[i]), big-endian words. Working on two
+// blocks at once lets their rounds overlap where the chaining allows it (CBC decryption).
+template <int N>
+inline void crypt(const uint32_t* keys, uint32_t (&l)[N], uint32_t (&r)[N]) {
+  for (int b = 0; b < N; ++b) initialPermutation(l[b], r[b]);
   for (int round = 0; round < 16; round += 2) {
-    l ^= feistel(r, keys + 2 * round);
-    r ^= feistel(l, keys + 2 * round + 2);
+    for (int b = 0; b < N; ++b) l[b] ^= feistel(r[b], keys + 2 * round);
+    for (int b = 0; b < N; ++b) r[b] ^= feistel(l[b], keys + 2 * round + 2);
   }
   // The last round does not swap the halves: the output block is (R16, L16).
-  finalPermutation(r, l);
-  const uint32_t t = l;
-  l = r;
-  r = t;
+  for (int b = 0; b < N; ++b) {
+    finalPermutation(r[b], l[b]);
+    std::swap(l[b], r[b]);
+  }
 }
 
 inline uint32_t loadBig(const unsigned char* p) {
@@ -177,33 +180,44 @@ void desSetup(DesContext& context, const unsigned char key[8], const unsigned ch
 }
 
 void desBlock(const DesContext& context, const unsigned char in[8], unsigned char out[8]) {
-  uint32_t l = loadBig(in), r = loadBig(in + 4);
+  uint32_t l[1] = {loadBig(in)}, r[1] = {loadBig(in + 4)};
   crypt(context.keys, l, r);
-  storeBig(out, l);
-  storeBig(out + 4, r);
+  storeBig(out, l[0]);
+  storeBig(out + 4, r[0]);
 }
 
 int desCbc(DesContext& context, const unsigned char* in, unsigned char* out, size_t length) {
   if (length % 8) return kDesBadLength;
   uint32_t chainL = context.chain[0], chainR = context.chain[1];
-  for (size_t at = 0; at < length; at += 8) {
-    const uint32_t inL = loadBig(in + at), inR = loadBig(in + at + 4);
-    uint32_t l = inL, r = inR;
-    if (context.direction == DesDirection::kEncrypt) {
-      l ^= chainL;
-      r ^= chainR;
+  size_t at = 0;
+  if (context.direction == DesDirection::kEncrypt) {
+    for (; at < length; at += 8) {
+      uint32_t l[1] = {loadBig(in + at) ^ chainL}, r[1] = {loadBig(in + at + 4) ^ chainR};
       crypt(context.keys, l, r);
-      chainL = l;
-      chainR = r;
-    } else {
-      crypt(context.keys, l, r);
-      l ^= chainL;
-      r ^= chainR;
-      chainL = inL;
-      chainR = inR;
+      chainL = l[0];
+      chainR = r[0];
+      storeBig(out + at, chainL);
+      storeBig(out + at + 4, chainR);
     }
-    storeBig(out + at, l);
-    storeBig(out + at + 4, r);
+  } else {
+    // Each plaintext block needs only its own and the previous ciphertext block, so blocks are
+    // decrypted two at a time. All input is read before anything is stored (in may be out).
+    for (; at < length; at += 16) {
+      const bool pair = length - at >= 16;
+      uint32_t l[2] = {loadBig(in + at), pair ? loadBig(in + at + 8) : 0};
+      uint32_t r[2] = {loadBig(in + at + 4), pair ? loadBig(in + at + 12) : 0};
+      const uint32_t cipher[4] = {l[0], r[0], l[1], r[1]};
+      crypt(context.keys, l, r);
+      storeBig(out + at, l[0] ^ chainL);
+      storeBig(out + at + 4, r[0] ^ chainR);
+      chainL = cipher[0];
+      chainR = cipher[1];
+      if (!pair) break;
+      storeBig(out + at + 8, l[1] ^ chainL);
+      storeBig(out + at + 12, r[1] ^ chainR);
+      chainL = cipher[2];
+      chainR = cipher[3];
+    }
   }
   context.chain[0] = chainL;
   context.chain[1] = chainR;
