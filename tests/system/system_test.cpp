@@ -1,0 +1,229 @@
+// Tests of system information: release parsing, distribution choices, memory figures.
+//
+// Sample os-release and status files are written to temporary files; the machine's own
+// "/etc/os-release", this process's status and the kernel's record get smoke tests.
+#include <gtest/gtest.h>
+
+#include <stdlib.h>
+#include <sys/sysinfo.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "system/distro.h"
+#include "system/osrelease.h"
+#include "system/procstatus.h"
+
+using namespace zrad::osinfo;
+
+namespace {
+
+// Writes `content` to a fresh temporary file that is removed when the object goes.
+struct TempFile {
+  explicit TempFile(const std::string& content) {
+    const int fd = mkstemp(path.data());
+    if (fd >= 0) close(fd);
+    std::ofstream(path, std::ios::binary) << content;
+  }
+  ~TempFile() { std::remove(path.c_str()); }
+  std::string path = (std::filesystem::temp_directory_path() / "zrad-system-XXXXXX").string();
+};
+
+OSRELEASEINFO readFile(const std::string& path) {
+  OSRELEASEINFO info;
+  readOsRelease(path.c_str(), info);
+  return info;
+}
+
+// Package format, text editor, explorer and paint, each followed by "|".
+std::string answers(const std::function<ZrUtf8String(Choice)>& choose) {
+  std::string all;
+  for (Choice c : {Choice::kPkgFormat, Choice::kTextEditor, Choice::kExplorer, Choice::kPaint})
+    all += choose(c).str() + "|";
+  return all;
+}
+
+// "VmRSS VmPeak VmHWM"
+std::string figures(const PROCESSMEMORYINFO& info) {
+  return std::to_string(info.VmRSS) + " " + std::to_string(info.VmPeak) + " " +
+         std::to_string(info.VmHWM);
+}
+
+}  // namespace
+
+TEST(OsRelease, SampleFilesOfSeveralDistributions) {
+  const char* rows[][3] = {  // file, NAME, answers
+      {"PRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\nNAME=\"Debian GNU/Linux\"\nID=debian\n",
+       "\"Debian GNU/Linux\"", "||||"},
+      {"NAME=\"Ubuntu\"\nVERSION_ID=\"22.04\"\nID_LIKE=debian\n", "\"Ubuntu\"",
+       "deb|gedit|nautilus||"},
+      {"NAME=\"Fedora Linux\"\nVERSION=\"39 (Workstation Edition)\"\n", "\"Fedora Linux\"", "||||"},
+      {"NAME=\"openSUSE Leap\"\nID_LIKE=\"suse opensuse\"\n", "\"openSUSE Leap\"", "||||"},
+      {"NAME=\"Arch Linux\"\nID=arch\nBUILD_ID=rolling\n", "\"Arch Linux\"", "||||"},
+      {"NAME=\"CentOS Linux\"\nVERSION=\"7 (Core)\"\n", "\"CentOS Linux\"", "rpm|gedit|nautilus||"},
+      {"PRETTY_NAME=\"UnionTech OS Desktop 20 Pro\"\nNAME=\"uos\"\nID=uos\n", "\"uos\"",
+       "deb|dedit|gio open|deepin-draw|"},
+      {"NAME=\"Deepin\"\nVERSION_ID=\"20.9\"\n", "\"Deepin\"", "deb|dedit|gio open|deepin-draw|"},
+      {"NAME=\"Kylin\"\nVERSION=\"银河麒麟桌面操作系统V10 (SP1)\"\nID_LIKE=debian\n", "\"Kylin\"",
+       "deb|pluma|caja|gnome-paint|"},
+      {"NAME=\"方德桌面操作系统\"\nID=nfs\n", "\"方德桌面操作系统\"", "deb|gedit|nemo|mypaint|"},
+  };
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    const TempFile file(rows[i][0]);
+    const OSRELEASEINFO info = readFile(file.path);
+    EXPECT_EQ(info.OS_FAMILY, "Linux") << "row " << i;
+    EXPECT_EQ(info.NAME, rows[i][1]) << "row " << i;
+    EXPECT_TRUE(info.ID_LINK.isEmpty()) << "row " << i << ": ID_LIKE must not fill ID_LINK";
+    EXPECT_EQ(answers([&](Choice c) { return chooseFromFile(c, file.path.c_str()); }), rows[i][2])
+        << "row " << i;
+  }
+}
+
+TEST(OsRelease, EveryKeyFillsItsOwnField) {
+  using R = OSRELEASEINFO;
+  const std::pair<const char*, ZrUtf8String R::*> keys[] = {
+      {"NAME", &R::NAME}, {"VERSION", &R::VERSION}, {"ID", &R::ID}, {"ID_LINK", &R::ID_LINK},
+      {"VERSION_CODENAME", &R::VERSION_CODENAME}, {"VERSION_ID", &R::VERSION_ID},
+      {"PRETTY_NAME", &R::PRETTY_NAME}, {"ANSI_COLOR", &R::ANSI_COLOR}, {"CPE_NAME", &R::CPE_NAME},
+      {"HOME_URL", &R::HOME_URL}, {"DOCUMENTATION_URL", &R::DOCUMENTATION_URL},
+      {"SUPPORT_URL", &R::SUPPORT_URL}, {"BUG_REPORT_URL", &R::BUG_REPORT_URL},
+      {"PRIVACY_POLICY_URL", &R::PRIVACY_POLICY_URL}, {"BUILD_ID", &R::BUILD_ID},
+      {"VARIANT", &R::VARIANT}, {"VARIANT_ID", &R::VARIANT_ID}, {"LOGO", &R::LOGO}};
+  std::string text;  // each key's value is its row number
+  for (size_t i = 0; i < std::size(keys); ++i) text += keys[i].first + ("=" + std::to_string(i)) + "\n";
+  const TempFile file(text);
+  const OSRELEASEINFO info = readFile(file.path);
+  for (size_t i = 0; i < std::size(keys); ++i)
+    EXPECT_EQ(info.*keys[i].second, std::to_string(i).c_str()) << "row " << i << " " << keys[i].first;
+}
+
+TEST(OsRelease, LineRules) {
+  const std::string rows[][2] = {  // line, NAME after it is applied to a NAME of "old"
+      {"NAME=Arch Linux", "Arch Linux"}, {"NAME=\"unterminated", "\"unterminated"},
+      {"NAME=a=b", "a"}, {"NAME==b", "b"}, {"NAME=", "old"}, {"NAME", "old"}, {"=NAME", "old"},
+      {" NAME=x", "old"}, {"NAME =x", "old"}, {"name=x", "old"}, {"NAMEX=x", "old"},
+      {"NAME=x\r", "x\r"}, {"NAME=\x01\xff\xfe", "\x01\xff\xfe"},
+      {std::string("NAME=a\0b", 8), std::string("a\0b", 3)}};
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    OSRELEASEINFO info;
+    info.NAME = "old";
+    applyOsReleaseLine(ZrUtf8String(rows[i][0]), info);
+    EXPECT_EQ(info.NAME.str(), rows[i][1]) << "row " << i;
+  }
+}
+
+TEST(OsRelease, MissingAndHostileFiles) {
+  OSRELEASEINFO kept;
+  kept.OS_FAMILY = "Windows";
+  kept.NAME = "kept";
+  readOsRelease("/nonexistent/os-release", kept);
+  EXPECT_EQ(kept.OS_FAMILY, "Linux");
+  EXPECT_EQ(kept.NAME, "kept");
+  EXPECT_EQ(answers([](Choice c) { return chooseFromFile(c, "/nonexistent/os-release"); }), "||||");
+
+  // A line past the line limit is skipped whole; the lines around it still count.
+  const TempFile huge("ID=a\nNAME=" + std::string(200000, 'k') + "ylin\nVERSION=2\n");
+  const OSRELEASEINFO info = readFile(huge.path);
+  EXPECT_EQ(info.ID, "a");
+  EXPECT_TRUE(info.NAME.isEmpty());
+  EXPECT_EQ(info.VERSION, "2");
+
+  // Every byte value (an "=" among them), then a good last line without its line feed.
+  std::string bytes;
+  for (int b = 0; b < 256; ++b) bytes += static_cast<char>(b);
+  EXPECT_EQ(readFile(TempFile(bytes + "\nNAME=ubuntu").path).NAME, "ubuntu");
+
+  // A device that never ends is read only up to the file limit.
+  EXPECT_TRUE(readFile("/dev/zero").NAME.isEmpty());
+}
+
+TEST(DistroChoice, FamilyAndNameWords) {
+  const char* rows[][3] = {  // family, NAME, answers
+      {"Linux", "CentOS Stream", "||||"},
+      {"Linux", "SuperRedOS", "rpm|gedit|nautilus|gimp|"},
+      {"Linux", "Kylin on Ubuntu", "deb|pluma|caja|gnome-paint|"},
+      // The package table meets ubuntu before superredos; the other tables the other way round.
+      {"Linux", "ubuntu superredos", "deb|gedit|nautilus|gimp|"},
+      // Ubuntu decides paint, with no program, before 方德桌面 is looked for.
+      {"Linux", "ubuntu 方德桌面", "deb|gedit|nautilus||"},
+      {"Linux", "NewStartOS", "||||"},
+      {"Windows", "\"Ubuntu\"", "exe|notepad|explorer|mspaint|"},
+      // Only the text editor wants the family exactly.
+      {"GNU/Linux", "Ubuntu", "deb||nautilus||"},
+      {"Linux+Windows", "Ubuntu", "exe||explorer|mspaint|"},
+      {"linux", "Ubuntu", "||||"},
+  };
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    OSRELEASEINFO info;
+    info.OS_FAMILY = rows[i][0];
+    info.NAME = rows[i][1];
+    EXPECT_EQ(answers([&](Choice c) { return chooseFor(c, info); }), rows[i][2]) << "row " << i;
+  }
+}
+
+TEST(ProcessStatus, LinesAndFiles) {
+  const std::string rows[][3] = {  // line, readable, "VmRSS VmPeak VmHWM" from "9 9 9"
+      {"VmRSS:\t    1234 kB", "1", "1234 9 9"}, {"VmPeak:\t  987654 kB", "1", "9 987654 9"},
+      {"VmHWM:\t 42 kB", "1", "9 9 42"}, {"vmrss: 7", "1", "7 9 9"},
+      {"VmRSS:18446744073709551615 kB", "1", "18446744073709551615 9 9"},
+      {"VmRSS:18446744073709551616 kB", "0", "9 9 9"}, {"VmRSS:  kB", "0", "9 9 9"},
+      {"VmSwap:\t 5 kB", "1", "9 9 9"}, {" VmRSS: 5", "1", "9 9 9"},
+      {"Name:\tVmRSS: 5", "1", "9 9 9"},
+      {std::string("VmRSS\0x: 5", 10), "1", "9 9 9"}};  // a NUL byte does not end the key
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    PROCESSMEMORYINFO info{9, 9, 9};
+    EXPECT_EQ(applyStatusLine(ZrUtf8String(rows[i][0]), info), rows[i][1] == "1") << "row " << i;
+    EXPECT_EQ(figures(info), rows[i][2]) << "row " << i;
+  }
+
+  const TempFile sample("Name:\tzrad\nGroups:\t" + std::string(100000, '1') +  // too long: skipped
+                        "\nVmPeak:\t  225436 kB\nVmHWM:\t   12816 kB\nVmRSS:\t   12700 kB\n");
+  PROCESSMEMORYINFO info;
+  EXPECT_TRUE(readProcessStatus(sample.path.c_str(), &info));
+  EXPECT_EQ(figures(info), "12700 225436 12816");
+  EXPECT_FALSE(readProcessStatus(sample.path.c_str(), nullptr));
+  // Reading stops at an unreadable value; what came before it stays.
+  const TempFile broken("VmPeak:\t 5 kB\nVmHWM:\t?? kB\nVmRSS:\t 6 kB\n");
+  PROCESSMEMORYINFO partial{9, 9, 9};
+  EXPECT_FALSE(readProcessStatus(broken.path.c_str(), &partial));
+  EXPECT_EQ(figures(partial), "9 5 9");
+  EXPECT_FALSE(readProcessStatus("/nonexistent/status", &partial));
+}
+
+TEST(SystemSmoke, ThisMachineAndProcess) {
+  OSRELEASEINFO release;
+  zrutGetOSVersionInfo(release);
+  EXPECT_EQ(release.OS_FAMILY, "Linux");
+  EXPECT_EQ(release.NAME.isEmpty(), !std::filesystem::exists("/etc/os-release"));
+  const std::string pkg = zrutGetPkgFormat().str();
+  EXPECT_TRUE(pkg == "deb" || pkg == "rpm" || pkg.empty()) << pkg;
+
+  PROCESSMEMORYINFO before;
+  ASSERT_TRUE(zrutGetProcessMemoryInfo(getpid(), &before));
+  EXPECT_GT(before.VmRSS, 100u);                 // more than 100 kB resident
+  EXPECT_LT(before.VmRSS, 64ull * 1024 * 1024);  // less than 64 GiB
+  EXPECT_LE(before.VmRSS, before.VmHWM);
+  EXPECT_LE(before.VmHWM, before.VmPeak);
+  // Touching every page of a large block makes it resident.
+  const size_t bytes = 128u << 20;
+  std::unique_ptr<char[]> block(new char[bytes]);
+  std::memset(block.get(), 1, bytes);
+  asm volatile("" : : "r"(block.get()) : "memory");  // keep the stores
+  PROCESSMEMORYINFO after;
+  ASSERT_TRUE(zrutGetProcessMemoryInfo(getpid(), &after));
+  EXPECT_GE(after.VmRSS, before.VmRSS + 100u * 1024);
+  EXPECT_FALSE(zrutGetProcessMemoryInfo(getpid(), nullptr));
+  EXPECT_FALSE(zrutGetProcessMemoryInfo(-1, &after));
+  EXPECT_FALSE(zrutGetProcessMemoryInfo(0x7fffffff, &after));  // above any pid_max
+
+  struct sysinfo system {};
+  ASSERT_EQ(zrutGetSysMemoryInfo(system), 0);
+  EXPECT_GT(system.totalram, 0u);
+  EXPECT_LE(system.freeram, system.totalram);
+}
