@@ -32,7 +32,8 @@ TEST(Objects, CountsAndLifetime) {
     zrrxAddRef(a.get());
     zrrxRelease(a.get());
     zrrxRelease(nullptr);
-    b = b;  // self-assignment keeps the reference
+    ZrSmartPtr<Shape>& alias = b;
+    b = alias;  // self-assignment keeps the reference
     EXPECT_EQ(a->numRefs(), 2);
     b.reset();
     EXPECT_EQ(a->numRefs(), 1);
