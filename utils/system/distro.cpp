@@ -24,12 +24,13 @@ struct Table {
 // Upper-case letters can never be found in the lower-cased name; "NewStartOS" stays listed all
 // the same, as the one rpm word that never matches.
 const Rule kPkgFormatRules[] = {
-    {"kylin", "deb"}, {"uos", "deb"},           {"deepin", "deb"},       {"ubuntu", "deb"},
-    {"方德桌面", "deb"}, {"superredos", "rpm"}, {"centos linux", "rpm"}, {"NewStartOS", "rpm"},
+    {"kylin", "deb"},      {"uos", "deb"},          {"deepin", "deb"},     {"ubuntu", "deb"},
+    {"方德桌面", "deb"},   {"superredos", "rpm"},   {"centos linux", "rpm"}, {"NewStartOS", "rpm"},
 };
 const Rule kTextEditorRules[] = {
-    {"kylin", "pluma"},      {"uos", "dedit"},    {"deepin", "dedit"},       {"superredos", "gedit"},
-    {"ubuntu", "gedit"},     {"centos linux", "gedit"}, {"方德桌面", "gedit"},
+    {"kylin", "pluma"},       {"uos", "dedit"},    {"deepin", "dedit"},
+    {"superredos", "gedit"},  {"ubuntu", "gedit"}, {"centos linux", "gedit"},
+    {"方德桌面", "gedit"},
 };
 const Rule kExplorerRules[] = {
     {"kylin", "caja"},          {"uos", "gio open"},    {"deepin", "gio open"},

@@ -40,9 +40,11 @@ bool forEachLine(const char* path, OnLine onLine) {
         if (!overlong) more = onLine(ZrUtf8String(line));
         line.clear();
         overlong = false;
+      } else if (line.size() == kMaxLineBytes) {
+        overlong = true;  // drop what was gathered and ignore the rest of this line
+        line.clear();
       } else if (!overlong) {
-        overlong = line.size() == kMaxLineBytes;
-        if (overlong) line.clear(); else line += block[i];
+        line += block[i];
       }
     }
   }
