@@ -194,6 +194,7 @@ TEST(ProcessStatus, LinesAndFiles) {
   EXPECT_FALSE(readProcessStatus(broken.path.c_str(), &partial));
   EXPECT_EQ(figures(partial), "9 5 9");
   EXPECT_FALSE(readProcessStatus("/nonexistent/status", &partial));
+  EXPECT_FALSE(readProcessStatus(std::filesystem::temp_directory_path().c_str(), &partial));
 }
 
 TEST(SystemSmoke, ThisMachineAndProcess) {

@@ -18,7 +18,7 @@ namespace zrad::osinfo {
 bool applyStatusLine(const ZrUtf8String& line, PROCESSMEMORYINFO& info);
 
 // zrutGetProcessMemoryInfo on the file at `path`: false for a null `info`, a file that cannot be
-// opened, or an unreadable value (reading stops there; figures read before it stay stored).
+// opened or read, or an unreadable value (reading stops there; figures read before it stay stored).
 bool readProcessStatus(const char* path, PROCESSMEMORYINFO* info);
 
 }  // namespace zrad::osinfo

@@ -22,7 +22,7 @@ constexpr size_t kMaxLineBytes = 64 * 1024;
 constexpr size_t kMaxFileBytes = 4 * 1024 * 1024;
 
 // Hands each line of the file at `path`, without its "\n", to `onLine` until it returns false.
-// False when the file cannot be opened.
+// False when the file cannot be opened or a read fails (a directory, a process that is gone).
 template <class OnLine>
 bool forEachLine(const char* path, OnLine onLine) {
   FILE* file = std::fopen(path, "rb");
@@ -48,9 +48,10 @@ bool forEachLine(const char* path, OnLine onLine) {
       }
     }
   }
-  if (more && !overlong && !line.empty()) onLine(ZrUtf8String(line));
+  const bool readable = !std::ferror(file);
+  if (readable && more && !overlong && !line.empty()) onLine(ZrUtf8String(line));
   std::fclose(file);
-  return true;
+  return readable;
 }
 
 }  // namespace
