@@ -85,8 +85,8 @@ ZRAD_EXPORT ZrUtf8String zrutGetDefaultPaint();
 
 // Reads VmRSS, VmPeak and VmHWM (kB) of process `processId` from "/proc/<id>/status". Keys are
 // compared ignoring case; a key the file lacks leaves its field as it was.
-// Returns false when `info` is null, when the file cannot be opened or read (no such process), or when
-// one of the three values is not a readable number (the fields read so far stay filled).
+// Returns false when `info` is null, when the file cannot be opened or read (no such process),
+// or when one of the three values is not a readable number (the fields read so far stay filled).
 ZRAD_EXPORT bool zrutGetProcessMemoryInfo(int processId, PROCESSMEMORYINFO* info);
 
 // The kernel's sysinfo call: 0 and `info` filled, or -1.
