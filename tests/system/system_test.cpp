@@ -96,11 +96,12 @@ TEST(OsRelease, EveryKeyFillsItsOwnField) {
       {"PRIVACY_POLICY_URL", &R::PRIVACY_POLICY_URL}, {"BUILD_ID", &R::BUILD_ID},
       {"VARIANT", &R::VARIANT}, {"VARIANT_ID", &R::VARIANT_ID}, {"LOGO", &R::LOGO}};
   std::string text;  // each key's value is its row number
-  for (size_t i = 0; i < std::size(keys); ++i) text += keys[i].first + ("=" + std::to_string(i)) + "\n";
+  for (size_t i = 0; i < std::size(keys); ++i)
+    text += keys[i].first + ("=" + std::to_string(i)) + "\n";
   const TempFile file(text);
   const OSRELEASEINFO info = readFile(file.path);
   for (size_t i = 0; i < std::size(keys); ++i)
-    EXPECT_EQ(info.*keys[i].second, std::to_string(i).c_str()) << "row " << i << " " << keys[i].first;
+    EXPECT_EQ(info.*keys[i].second, std::to_string(i).c_str()) << keys[i].first;
 }
 
 TEST(OsRelease, LineRules) {

@@ -55,7 +55,9 @@ void printChoices() {
   printLine("paint", zrutGetDefaultPaint().c_str());
 }
 
-void printKilobytes(const char* key, unsigned long long kb) { std::printf("%s=%llu kB\n", key, kb); }
+void printKilobytes(const char* key, unsigned long long kb) {
+  std::printf("%s=%llu kB\n", key, kb);
+}
 
 // Both memory records are read before anything is printed, so a failed run prints only its error.
 int printAll(int pid) {
@@ -63,7 +65,8 @@ int printAll(int pid) {
   if (!zrutGetProcessMemoryInfo(pid, &process))
     return fail(kName, "cannot read the memory figures of process " + std::to_string(pid));
   struct sysinfo system {};
-  if (zrutGetSysMemoryInfo(system) != 0) return fail(kName, "cannot read the system memory figures");
+  if (zrutGetSysMemoryInfo(system) != 0)
+    return fail(kName, "cannot read the system memory figures");
   printRelease();
   printChoices();
   std::printf("pid=%d\n", pid);
