@@ -1,0 +1,132 @@
+// Tests of globbing: the flags, recursive names, links, long and non-ASCII names, records.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <set>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <zrad/files.h>
+
+#include "testdir.h"
+
+namespace {
+
+std::set<std::string> namesOf(const ZrFindDataArray& found) {
+  std::set<std::string> names;
+  for (const _finddata_t& record : found) names.insert(record.name);
+  return names;
+}
+
+// d/a.txt d/b.dat d/sub/c.txt d/sub/deep/d.txt d/sub.txt/ (a directory) d/图纸.txt
+// d/link -> sub (never descended)
+void makeTree(const TestDir& dir) {
+  writeFile(dir / "d/a.txt", "aa");
+  writeFile(dir / "d/b.dat", "b");
+  writeFile(dir / "d/sub/c.txt", "ccc");
+  writeFile(dir / "d/sub/deep/d.txt", "");
+  mkdir((dir / "d/sub.txt").c_str(), 0700);
+  writeFile(dir / "d/图纸.txt", "z");
+  symlink("sub", (dir / "d/link").c_str());
+}
+
+TEST(Glob, FlagsChooseFilesDirectoriesAndDepth) {
+  TestDir dir;
+  makeTree(dir);
+  using Names = std::set<std::string>;
+  struct Row { const char* pattern; int flags; Names expected; };
+  const Row rows[] = {
+      {"*.txt", kGlobFiles, {"a.txt", "图纸.txt"}},
+      {"*.txt", kGlobFiles | kGlobRecursive,
+       {"a.txt", "图纸.txt", "sub/c.txt", "sub/deep/d.txt"}},
+      {"*.txt", kGlobDirs, {"sub.txt"}},
+      {"*", kGlobDirs, {"sub", "sub.txt"}},
+      {"*", kGlobDirs | kGlobDotDirs, {".", "..", "sub", "sub.txt"}},
+      {"*", kGlobDirs | kGlobRecursive, {"sub", "sub.txt", "sub/deep"}},
+      {"l*", kGlobFiles, {"link"}},  // a link is listed as a file, never entered
+      {"*.TXT", kGlobFiles, {}},
+      {"?.txt", kGlobFiles | kGlobRecursive, {"a.txt", "sub/c.txt", "sub/deep/d.txt"}},
+      {"*.txt", 0, {}},
+  };
+  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
+    ZrFindDataArray found;
+    int count = zrutGlob((dir / "d").c_str(), rows[i].pattern, found, rows[i].flags);
+    EXPECT_EQ(count, found.length()) << "row " << i;
+    EXPECT_EQ(namesOf(found), rows[i].expected) << "row " << i;
+  }
+}
+
+TEST(Glob, RecordsCarryKindSizeDirectoryAndOrder) {
+  TestDir dir;
+  makeTree(dir);
+  ZrFindDataArray found;
+  found.setLogicalLength(1);  // the array is appended to, not cleared
+  int count = zrutGlob((dir / "d").c_str(), "*", found, kGlobFiles | kGlobDirs | kGlobRecursive);
+  EXPECT_EQ(count, found.length());
+  int subAt = -1, cAt = -1;
+  for (int i = 1; i < found.length(); ++i) {
+    const _finddata_t& r = found[i];
+    std::string name = r.name;
+    if (name == "sub") {
+      subAt = i;
+      EXPECT_EQ(r.attrib, kFindAttribDirectory);
+    }
+    if (name == "sub/c.txt") {
+      cAt = i;
+      EXPECT_EQ(r.size, 3);
+      EXPECT_EQ(r.attrib, 0u);
+      EXPECT_EQ(std::string(r.directory), dir / "d/sub");
+      struct stat st;
+      ASSERT_EQ(stat((dir / "d/sub/c.txt").c_str(), &st), 0);
+      EXPECT_EQ(r.inode, st.st_ino);
+      EXPECT_EQ(r.time_write, st.st_mtime);
+    }
+    if (name == "link") {
+      EXPECT_EQ(r.attrib, kFindAttribLink);
+    }
+    if (name == "a.txt") {
+      EXPECT_EQ(std::string(r.directory), dir / "d");
+    }
+  }
+  ASSERT_GE(subAt, 1);
+  EXPECT_GT(cAt, subAt);  // a directory's entries follow it
+}
+
+TEST(Glob, NamesNearTheLengthLimitAndUnreadableTrees) {
+  TestDir dir;
+  // "x/" + 255 bytes = 257 bytes: kept; one more level pushes every name past 259 bytes.
+  const std::string longName(255, 'n');
+  const std::string deepName(250, 'm');
+  writeFile(dir / ("t/x/" + longName), "");
+  writeFile(dir / ("t/x/" + deepName + "/f"), "");
+  writeFile(dir / ("t/x/" + deepName + "/" + std::string(10, 'g')), "");
+  ZrFindDataArray found;
+  zrutGlob((dir / "t").c_str(), "*", found, kGlobFiles | kGlobRecursive);
+  EXPECT_EQ(namesOf(found), std::set<std::string>({"x/" + longName, "x/" + deepName + "/f"}));
+
+  ZrFindDataArray none;
+  EXPECT_EQ(zrutGlob((dir / "missing").c_str(), "*", none, kGlobFiles), 0);
+  EXPECT_EQ(zrutGlob((dir / ("t/x/" + longName)).c_str(), "*", none, kGlobFiles), 0);
+}
+
+TEST(Glob, FullPathsAndCaseInsensitiveMatching) {
+  TestDir dir;
+  makeTree(dir);
+  ZrArray<ZrUtf8String> paths;
+  zrutGlob2((dir / "d").c_str(), "*.txt", paths);
+  std::set<std::string> got;
+  for (const ZrUtf8String& p : paths) got.insert(p.str());
+  EXPECT_EQ(got, std::set<std::string>({dir / "d/a.txt", dir / "d/图纸.txt", dir / "d/sub/c.txt",
+                                        dir / "d/sub/deep/d.txt"}));
+
+  ZrFindDataArray found;
+  zrutGlobNoCaseSensitive((dir / "d").c_str(), "*.TXT", found, kGlobFiles);
+  EXPECT_EQ(namesOf(found), std::set<std::string>({"a.txt", "图纸.txt"}));
+  ZrArray<ZrUtf8String> upper;
+  EXPECT_EQ(zrutGlobNoCaseSensitive2((dir / "d/").c_str(), "C.TXT", upper), 1);
+  EXPECT_EQ(upper[0].str(), dir / "d/sub/c.txt");
+}
+
+}  // namespace

@@ -1,0 +1,127 @@
+// Temporary names, shell commands and the library search path of the process.
+//
+// Process-wide values (the temporary directory, the library-path stack) are unsynchronised:
+// the host sets them at start-up, on the thread that loads modules.
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include <zrad/files.h>
+
+#include "files/shellcommand.h"
+#include "log/logmsg.h"
+
+static const char kLogSource[] = "utils/zrfiletools";
+
+namespace {
+
+ZrUtf8String& tempPath() {
+  static ZrUtf8String path;
+  return path;
+}
+
+ZrArray<ZrUtf8String>& libraryPaths() {
+  static ZrArray<ZrUtf8String> paths;
+  return paths;
+}
+
+bool existsIgnoringCase(const ZrUtf8String& path) {
+  ZrUtf8String spelled;
+  return zrutIsExistFileNoCaseSensitive(path, spelled);
+}
+
+// `format` with every "*" replaced by the counter (no printf: the pattern is the caller's).
+ZrUtf8String nameFor(const ZrUtf8String& format, unsigned counter) {
+  ZrUtf8String number = ZrUtf8String::format("%u", counter);
+  ZrUtf8String name;
+  for (char c : format.str()) {
+    if (c == '*')
+      name += number;
+    else
+      name += c;
+  }
+  return name;
+}
+
+// Reads a stream to its end.
+std::string readAll(FILE* stream) {
+  std::string bytes;
+  char block[4096];
+  size_t n;
+  while ((n = fread(block, 1, sizeof block, stream)) > 0) bytes.append(block, n);
+  return bytes;
+}
+
+}  // namespace
+
+void setTempPath(const ZrUtf8String& directory) { tempPath() = directory; }
+
+ZrUtf8String getTempPath() { return tempPath(); }
+
+ZrUtf8String zrutMktempUTF8(const ZrUtf8String& pattern) {
+  ZrUtf8String directory = getTempPath();
+  ZrUtf8String format("*.tmp");
+  if (pattern.find('*', 1) > 0) {
+    directory = zrutGetParentDir(pattern);
+    format = zrutGetLastFileNameInPath(pattern);
+  }
+  // An empty directory is the current one: it exists and needs no lookup.
+  if (!directory.isEmpty() && !existsIgnoringCase(directory) && !zrutCreateDir(directory))
+    return ZrUtf8String();
+  // Without a "*" there is one candidate only.
+  unsigned last = format.find('*') >= 0 ? ~0u : 1u;
+  for (unsigned counter = 1; counter <= last; ++counter) {
+    ZrUtf8String candidate = zrutCombinePath(directory, nameFor(format, counter));
+    if (!existsIgnoringCase(candidate)) return candidate;
+  }
+  return ZrUtf8String();
+}
+
+ZrUtf8String zrutPipeCmd(const ZrUtf8String& command, ZrUtf8String& errorText) {
+  ZrUtf8String directory = getTempPath().isEmpty() ? ZrUtf8String("/tmp") : getTempPath();
+  ZrUtf8String errorFile = zrutMktempUTF8(zrutCombinePath(directory, "*.err"));
+  ZrUtf8String line = errorFile.isEmpty() ? command : zrad::files::withStderrTo(command, errorFile);
+  FILE* pipe = popen(line.c_str(), "r");
+  if (!pipe) {
+    errorText = command + "出错";
+    ZRAD_LOG(3, kLogSource, "%s", errorText.c_str());
+    return ZrUtf8String();
+  }
+  std::string output = readAll(pipe);
+  pclose(pipe);
+  if (FILE* captured = errorFile.isEmpty() ? nullptr : fopen(errorFile.c_str(), "rb")) {
+    errorText += ZrUtf8String(readAll(captured));
+    fclose(captured);
+    remove(errorFile.c_str());
+  }
+  return ZrUtf8String(std::move(output));
+}
+
+bool zrutFileHasOpen(const ZrUtf8String& path) {
+  if (path.isEmpty()) return false;
+  FILE* pipe = popen(zrad::files::lsofCommand(path).c_str(), "r");
+  if (!pipe) return false;
+  bool any = false;
+  char line[512];
+  while (fgets(line, sizeof line, pipe)) any = true;
+  pclose(pipe);
+  return any;
+}
+
+bool zrutOpenPdfFile(const ZrUtf8String& path) {
+  return system(zrad::files::openCommand(path).c_str()) == 0;
+}
+
+void zrutPushFindLibraryPath(const ZrUtf8String& directory) {
+  libraryPaths().append(directory);
+  const char* previous = getenv("LD_LIBRARY_PATH");
+  ZrUtf8String value = directory + ":" + (previous ? previous : "");
+  setenv("LD_LIBRARY_PATH", value.c_str(), 1);
+}
+
+void zrutPopFindLibraryPath() {
+  ZrArray<ZrUtf8String>& paths = libraryPaths();
+  if (!paths.isEmpty()) paths.removeAt(paths.length() - 1);
+}
+
+void zrutGetFindPaths(ZrArray<ZrUtf8String>& /*paths*/, int /*kind*/) {}
