@@ -5,7 +5,6 @@
 // the environment; zrutEnumPaths collects the texts of an Array.
 #include <cstdlib>
 #include <string>
-#include <vector>
 
 #include <zrad/json.h>
 
@@ -27,26 +26,45 @@ bool isNullElement(const IElementValueBase& e) { return (e.getType() & etNullFla
 
 }  // namespace
 
+namespace {
+
+// The member that `segment` selects in the Object or Array `e`, borrowed: no reference is
+// taken. The tree's own elements are searched in place (no name copy, no count traffic); any
+// other implementation answers through its virtual lookup, and `held` keeps that answer alive.
+const IElementValueBase* borrowMember(const IElementValueBase& e, int kind, std::string_view segment,
+                                      ZrUtf8String& name, ZrJsonPtr& held) {
+  using namespace zrad::json;
+  if (const ElementValue* own = asElement(&e)) {
+    const uint64_t word = ElementAccess::word(*own);
+    if (kind == etObject) {
+      const auto* store = reinterpret_cast<const ObjectStore*>(word);
+      int at = findEntry(store, segment);
+      return at >= 0 ? store->items()[at].value : nullptr;
+    }
+    const auto* store = reinterpret_cast<const ItemStore*>(word);
+    int index = segmentIndex(segment);
+    return index >= 0 && static_cast<uint32_t>(index) < sizeOf(store) ? store->items()[index] : nullptr;
+  }
+  held = kind == etObject ? e.property_sub(assignName(name, segment)) : e.array_sub(segmentIndex(segment));
+  return held.get();
+}
+
+}  // namespace
+
 ZrJsonPtr IElementValueBase::quickGetProperty(const ZrUtf8String& path) const {
   if (!isWalkable(*this)) return ZrJsonPtr();
-  ZrJsonPtr current(const_cast<IElementValueBase*>(this));
+  const IElementValueBase* current = this;
+  ZrJsonPtr held;
   PathCursor cursor(path);
   std::string_view segment;
   ZrUtf8String name;
   while (cursor.next(segment)) {
-    switch (kindOf(current->getType())) {
-      case etObject:
-        current = current->property_sub(zrad::json::assignName(name, segment));
-        break;
-      case etArray:
-        current = current->array_sub(zrad::json::segmentIndex(segment));
-        break;
-      default:
-        return ZrJsonPtr();
-    }
+    int kind = kindOf(current->getType());
+    if (kind != etObject && kind != etArray) return ZrJsonPtr();
+    current = borrowMember(*current, kind, segment, name, held);
     if (!current) return ZrJsonPtr();
   }
-  return current;
+  return ZrJsonPtr(const_cast<IElementValueBase*>(current));
 }
 
 ZrJsonPtr IElementValueBase::quickSetProperty(const ZrUtf8String& path) {
@@ -101,26 +119,32 @@ bool IElementValueBase::RebuildJsonName(const ZrUtf8String& path, ZrUtf8String& 
     ZrUtf8String copy(path);
     return RebuildJsonName(copy, parent, name);
   }
-  std::vector<std::string_view> segments;
-  PathCursor cursor(path);
-  for (std::string_view s; cursor.next(s);) segments.push_back(s);
-  if (segments.empty()) return false;
+  size_t n = 0;
+  std::string_view last;
+  for (PathCursor counter(path); counter.next(last);) ++n;
+  if (n == 0) return false;
 
-  const size_t n = segments.size();
   std::string& joined = parent.str();
   joined.clear();
-  name.str().assign(segments.back());
+  name.str().assign(last);
   // The segments before the last, except that a numeric segment always stays with the one
   // before it: "a/b/0" => parent "a/b/0", "a/1/2" => parent "a/1".
+  PathCursor cursor(path);
+  std::string_view segment;  // segment i
+  cursor.next(segment);
   for (size_t i = 0; n > 1; ++i) {
-    joined.append(segments[i]);
-    if (i + 1 < n && isDigits(segments[i + 1])) {
+    joined.append(segment);
+    std::string_view following;  // segment i + 1
+    bool hasFollowing = cursor.next(following);
+    if (hasFollowing && isDigits(following)) {
       joined += '/';
-      joined.append(segments[i + 1]);
+      joined.append(following);
       ++i;
+      cursor.next(following);
     }
     if (i + 2 >= n) break;
     joined += '/';
+    segment = following;
   }
   return true;
 }
