@@ -1,7 +1,8 @@
 // MD5, Base64 and DES-CBC throughput of libzradutils beside OpenSSL, case by case.
 //
-// Each case runs both sides on the same input in the same process; the ratio reporter prints
-// how our speed compares. Build with -DCMAKE_BUILD_TYPE=Release -DZRAD_BENCH=ON.
+// Each case runs both sides on the same input in the same process and ends with the line
+// "ratio <case>: zrad / openssl = T": our time over OpenSSL's, so below 1 means faster.
+// Build with -DCMAKE_BUILD_TYPE=Release -DZRAD_BENCH=ON.
 #include <zrad/crypto.h>
 
 #include <benchmark/benchmark.h>
@@ -10,7 +11,7 @@
 #include <vector>
 
 #include "openssl_peer.h"
-#include "ratio_reporter.h"
+#include "common/peer_ratio.h"
 
 namespace {
 
@@ -117,29 +118,19 @@ void base64DecodePeer(benchmark::State& state) {
   setBytes(state, text.size());
 }
 
-void registerCases() {
-  benchmark::RegisterBenchmark("md5 1MiB:ours", md5Ours, kMiB);
-  benchmark::RegisterBenchmark("md5 1MiB:openssl", md5Peer, kMiB);
-  benchmark::RegisterBenchmark("md5_32 64B:ours", md5Ours, size_t(64));
-  benchmark::RegisterBenchmark("md5_32 64B:openssl", md5Peer, size_t(64));
-  benchmark::RegisterBenchmark("des-cbc encrypt 1MiB:ours", desEncryptOurs);
-  benchmark::RegisterBenchmark("des-cbc encrypt 1MiB:openssl", desPeer, true);
-  benchmark::RegisterBenchmark("des-cbc decrypt 1MiB:ours", desDecryptOurs);
-  benchmark::RegisterBenchmark("des-cbc decrypt 1MiB:openssl", desPeer, false);
-  benchmark::RegisterBenchmark("base64 encode 1MiB:ours", base64EncodeOurs);
-  benchmark::RegisterBenchmark("base64 encode 1MiB:openssl", base64EncodePeer);
-  benchmark::RegisterBenchmark("base64 decode 1MiB:ours", base64DecodeOurs);
-  benchmark::RegisterBenchmark("base64 decode 1MiB:openssl", base64DecodePeer);
-}
-
 }  // namespace
 
-int main(int argc, char** argv) {
-  registerCases();
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  benchmark::Shutdown();
-  return 0;
-}
+BENCHMARK_CAPTURE(md5Ours, 1MiB, kMiB)->Name("md5_1MiB/zrad");
+BENCHMARK_CAPTURE(md5Peer, 1MiB, kMiB)->Name("md5_1MiB/openssl");
+BENCHMARK_CAPTURE(md5Ours, 64B, size_t(64))->Name("md5_32_64B/zrad");
+BENCHMARK_CAPTURE(md5Peer, 64B, size_t(64))->Name("md5_32_64B/openssl");
+BENCHMARK(desEncryptOurs)->Name("des_cbc_encrypt_1MiB/zrad");
+BENCHMARK_CAPTURE(desPeer, encrypt, true)->Name("des_cbc_encrypt_1MiB/openssl");
+BENCHMARK(desDecryptOurs)->Name("des_cbc_decrypt_1MiB/zrad");
+BENCHMARK_CAPTURE(desPeer, decrypt, false)->Name("des_cbc_decrypt_1MiB/openssl");
+BENCHMARK(base64EncodeOurs)->Name("base64_encode_1MiB/zrad");
+BENCHMARK(base64EncodePeer)->Name("base64_encode_1MiB/openssl");
+BENCHMARK(base64DecodeOurs)->Name("base64_decode_1MiB/zrad");
+BENCHMARK(base64DecodePeer)->Name("base64_decode_1MiB/openssl");
+
+ZRAD_BENCHMARK_MAIN()

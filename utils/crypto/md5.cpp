@@ -158,13 +158,17 @@ void MD5Digest(MD5* context, const void* data, unsigned int length) {
 }
 
 void MD5Close(MD5* context, unsigned char* digest) {
-  // The length is captured before the padding changes the count.
-  unsigned char trailer[8];
-  std::memcpy(trailer, context->count, sizeof trailer);
+  // The padding is one 0x80 byte, zeros up to 56 bytes into a block, then the bit count.
   const unsigned used = (context->count[0] >> 3) % kBlock;
-  static const unsigned char kPadding[kBlock] = {0x80};
-  MD5Digest(context, kPadding, (used < 56 ? 56 : 120) - used);
-  MD5Digest(context, trailer, sizeof trailer);
+  unsigned char* buffer = context->buffer;
+  buffer[used] = 0x80;
+  std::memset(buffer + used + 1, 0, kBlock - used - 1);
+  if (used >= 56) {
+    compress(context->state, buffer, 1);
+    std::memset(buffer, 0, 56);
+  }
+  std::memcpy(buffer + 56, context->count, 8);
+  compress(context->state, buffer, 1);
   std::memcpy(digest, context->state, 16);
 }
 
