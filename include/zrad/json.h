@@ -208,6 +208,7 @@ class ZRAD_EXPORT IElementValueBase {
   // null elements are written as []; doubles as "%lf", integers as "%ld". Empty when the tree
   // is nested deeper than ZrJsonMaxDepth.
   //   {"b":1,"a":0.1} => {"a":0.100000,"b":1}
+  //   {"*r":1,"a":2}  => {"a":2,"*r":1}   (names sort without the "*": it marks the value)
   ZrUtf8String writeJson() const;
 
   // Property paths: segments separated by "/" or "\"; an Object takes a name, an Array an

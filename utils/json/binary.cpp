@@ -2,8 +2,9 @@
 //
 // One encoded element is a 16-bit type word and a body by kind (counts and lengths 32-bit, values
 // 64-bit, little-endian). The encoder builds the bytes in memory and writes them at once, so a
-// refused tree leaves the stream untouched. The decoder reads through a buffer and checks every
-// count and length against what the stream still holds before it reserves anything.
+// refused tree leaves the stream untouched. The decoder reads through a buffer, checks every
+// count and length against what the stream still holds before it reserves anything, and keeps
+// its open containers on a heap stack rather than the call stack.
 #include "json/binary.h"
 
 #include <cstdlib>
@@ -201,30 +202,92 @@ class Input {
   size_t m_end = 0;
 };
 
+// Decodes without recursion: open containers wait on a stack of frames while their members
+// gather on shared stacks, and become blocks when their last member has been read.
 class Decoder {
  public:
   explicit Decoder(Input& in) : m_in(in) {}
+  ~Decoder() {
+    for (Entry& e : m_entries) {
+      freeName(e.name);
+      releaseItem(e.value);
+    }
+    for (IElementValueBase* item : m_items) releaseItem(item);
+  }
 
-  // Fills `e`, a container at nesting level `depth` when it is one.
-  bool decode(ElementValue& e, int depth) {
+  bool decode(ElementValue& root) {
+    uint32_t count;
+    if (!readHead(root, count)) return false;
+    if (isOpen(root)) m_frames.push_back({&root, count, 0});
+    while (!m_frames.empty()) {
+      Frame& top = m_frames.back();
+      if (top.left == 0) {
+        close(top);
+        m_frames.pop_back();
+        continue;
+      }
+      --top.left;
+      bool object = kindOf(ElementAccess::type(*top.node)) == etObject;
+      if (object && !readText(m_name)) return false;
+      ElementValue* child = ElementAccess::make(etNullFlag);
+      if (object) {
+        m_entries.push_back({{}, child});
+        makeName(m_entries.back().name, m_name);
+      } else {
+        m_items.push_back(child);
+      }
+      if (!readHead(*child, count)) return false;
+      if (isOpen(*child)) {
+        if (m_frames.size() >= static_cast<size_t>(kMaxDepth)) return false;
+        bool childObject = kindOf(ElementAccess::type(*child)) == etObject;
+        m_frames.push_back({child, count, childObject ? m_entries.size() : m_items.size()});
+      }
+    }
+    return true;
+  }
+
+ private:
+  struct Frame {
+    ElementValue* node;
+    uint32_t left;  // members still to read
+    size_t start;   // where its members begin on the shared stack
+  };
+
+  static bool isOpen(const ElementValue& e) {
+    int kind = kindOf(ElementAccess::type(e));
+    return kind == etObject || kind == etArray;
+  }
+
+  // Moves the gathered members of a finished container into its block.
+  void close(const Frame& f) {
+    uint64_t& word = ElementAccess::word(*f.node);
+    if (kindOf(ElementAccess::type(*f.node)) == etObject) {
+      uint32_t n = static_cast<uint32_t>(m_entries.size() - f.start);
+      auto* store = static_cast<ObjectStore*>(blockFrom(m_entries.data() + f.start, sizeof(Entry), n));
+      m_entries.resize(f.start);
+      if (store) store->size = sortAndSettle(store->items(), n, Repeats::kLastWins);
+      word = reinterpret_cast<uint64_t>(store);
+    } else {
+      uint32_t n = static_cast<uint32_t>(m_items.size() - f.start);
+      word = reinterpret_cast<uint64_t>(blockFrom(m_items.data() + f.start, sizeof(IElementValueBase*), n));
+      m_items.resize(f.start);
+    }
+  }
+
+  // Reads the type and, for a scalar, its body; for an Array or Object only the member count.
+  bool readHead(ElementValue& e, uint32_t& count) {
     int16_t type;
     if (!m_in.get(type)) return false;
     e.initWithType(type);
     uint32_t t = ElementAccess::type(e);
-    int kind = kindOf(t);
     uint64_t& word = ElementAccess::word(e);
-    if (isContainerGroup(t)) {
-      if (kind != etObject && kind != etArray) return true;
-      if (depth > kMaxDepth) return false;
-      return kind == etObject ? decodeObject(word, depth) : decodeArray(word, depth);
-    }
-    switch (kind) {
-      case etString: {
-        std::string text;
-        if (!readText(text)) return false;
-        word = reinterpret_cast<uint64_t>(makeText(text));
+    switch (kindOf(t)) {
+      case etObject: return readCount(count, 6);  // a name length and a type at least
+      case etArray: return readCount(count, 2);
+      case etString:
+        if (!readText(m_name)) return false;
+        word = reinterpret_cast<uint64_t>(makeText(m_name));
         return true;
-      }
       case etByteBlock: {
         uint32_t length;
         if (!m_in.get(length) || length > m_in.remaining()) return false;
@@ -239,13 +302,15 @@ class Decoder {
       case etBoolean:
       case etInteger:
       case etDouble: return m_in.get(word);
-      default: return m_in.skip(8);  // pointers and times are not restored
+      default:
+        if (isContainerGroup(t)) return true;  // None and null elements
+        return m_in.skip(8);  // pointers and times are not restored
     }
   }
 
- private:
   // A 32-bit length and that many bytes; a length of 0 or less is an empty text.
   bool readText(std::string& text) {
+    text.clear();
     int32_t length;
     if (!m_in.get(length)) return false;
     if (length <= 0) return true;
@@ -262,50 +327,11 @@ class Decoder {
     return count <= m_in.remaining() / minBytes;
   }
 
-  ElementValue* decodeChild(int depth) {
-    ElementValue* child = ElementAccess::make(etNullFlag);
-    if (decode(*child, depth)) return child;
-    child->Release();
-    return nullptr;
-  }
-
-  bool decodeArray(uint64_t& word, int depth) {
-    uint32_t count;
-    if (!readCount(count, 2)) return false;
-    std::vector<IElementValueBase*> items;
-    items.reserve(count);
-    bool ok = true;
-    for (uint32_t i = 0; i < count && ok; ++i) {
-      ElementValue* child = decodeChild(depth + 1);
-      ok = child != nullptr;
-      if (ok) items.push_back(child);
-    }
-    word = reinterpret_cast<uint64_t>(blockFrom(items.data(), sizeof(IElementValueBase*), static_cast<uint32_t>(items.size())));
-    return ok;
-  }
-
-  bool decodeObject(uint64_t& word, int depth) {
-    uint32_t count;
-    if (!readCount(count, 6)) return false;
-    std::vector<Entry> entries;
-    entries.reserve(count);
-    bool ok = true;
-    std::string name;
-    for (uint32_t i = 0; i < count && ok; ++i) {
-      name.clear();
-      ElementValue* child = (ok = readText(name)) ? decodeChild(depth + 1) : nullptr;
-      ok = child != nullptr;
-      if (!ok) break;
-      entries.push_back({{}, child});
-      makeName(entries.back().name, name);
-    }
-    auto* store = static_cast<ObjectStore*>(blockFrom(entries.data(), sizeof(Entry), static_cast<uint32_t>(entries.size())));
-    if (store) store->size = sortAndSettle(store->items(), store->size, Repeats::kLastWins);
-    word = reinterpret_cast<uint64_t>(store);
-    return ok;
-  }
-
   Input& m_in;
+  std::vector<Frame> m_frames;
+  std::vector<Entry> m_entries;
+  std::vector<IElementValueBase*> m_items;
+  std::string m_name;
 };
 
 }  // namespace
@@ -322,7 +348,7 @@ bool decodeBinary(ElementValue& target, ZrStreamBuf& stream) {
   auto& decoded = static_cast<ElementValue&>(*fresh);
   {
     Input in(stream);
-    if (!Decoder(in).decode(decoded, 1)) return false;
+    if (!Decoder(in).decode(decoded)) return false;
   }
   takeContent(target, decoded);
   return true;

@@ -1,0 +1,145 @@
+// Tests of hostile input: nesting at and beyond the limit on a small stack, numbers that would
+// overflow the parser's exponent arithmetic, and random bytes through every reader.
+#include <pthread.h>
+
+#include <functional>
+#include <random>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <zrad/json.h>
+
+#include "json/limits.h"
+
+namespace {
+
+using zrad::json::kMaxDepth;
+
+// Runs `body` on a thread whose stack is 1 MiB.
+void onSmallStack(const std::function<void()>& body) {
+  pthread_attr_t attr;
+  pthread_attr_init(&attr);
+  pthread_attr_setstacksize(&attr, 1 << 20);
+  pthread_t thread;
+  auto run = [](void* arg) -> void* {
+    (*static_cast<const std::function<void()>*>(arg))();
+    return nullptr;
+  };
+  ASSERT_EQ(pthread_create(&thread, &attr, run, const_cast<std::function<void()>*>(&body)), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attr);
+}
+
+std::string nested(int depth, const char* open, const char* close, const char* inner = "") {
+  std::string s;
+  for (int i = 0; i < depth; ++i) s += open;
+  s += inner;
+  for (int i = 0; i < depth; ++i) s += close;
+  return s;
+}
+
+bool readsBinary(const std::string& bytes) {
+  ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
+  s->putBytes(bytes.data(), static_cast<uint32_t>(bytes.size()));
+  s->rewind();
+  ZrJsonPtr e = ElementValue::createObject(etNullFlag);
+  return static_cast<ElementValue*>(e.get())->readBinary(ZrStreamBufPtr(s.get()));
+}
+
+TEST(HostileInput, NestingLimit) {
+  // Each step opens an Object and an Array: kMaxDepth levels in all.
+  const std::string atLimit = nested(kMaxDepth / 2, "{\"k\":[", "]}");
+  ZrJsonPtr tree = ZrJson::readjson(atLimit);
+  ASSERT_TRUE(tree) << "a tree at the limit is read";
+  EXPECT_TRUE(ZrJson::readjson(nested(kMaxDepth, "[", "]")));
+  EXPECT_FALSE(ZrJson::readjson(nested(kMaxDepth + 1, "[", "]")));
+  EXPECT_FALSE(ZrJson::readjson(std::string(1000000, '[')));
+  EXPECT_FALSE(ZrJson::readjson(nested(1000000, "{\"a\":", "}", "1")));
+
+  // Everything but the parser itself runs on a small stack.
+  onSmallStack([&] {
+    EXPECT_EQ(tree->writeJson().str(), atLimit);
+    ZrJsonPtr copy = tree->clone();
+    EXPECT_TRUE(copy->bEqual(tree));
+    ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
+    ASSERT_TRUE(ZrJson(copy).write2Stream(s.get(), ZrJson::eBinary));
+    s->rewind();
+    ZrJson back;
+    ASSERT_TRUE(back.readBinaryStream(s.get()));
+    EXPECT_EQ(back->writeJson().str(), atLimit);
+    tree = copy = back = ZrJsonPtr();
+  });
+}
+
+TEST(HostileInput, DeepTreesBuiltByHand) {
+  onSmallStack([] {
+    ZrJsonPtr root = ElementValue::createObject(etArray);
+    ZrJsonPtr at = root;
+    for (int i = 1; i < 200000; ++i) {
+      ZrJsonPtr next = ElementValue::createObject(etArray);
+      at->array_append(next);
+      at = next;
+    }
+    at = ZrJsonPtr();
+    EXPECT_EQ(root->writeJson().str(), "") << "too deep to write";
+    ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
+    EXPECT_FALSE(ZrJson(root).write2Stream(s.get(), ZrJson::eBinary));
+    EXPECT_EQ(s->length(), 0u) << "nothing written for a refused tree";
+    root = ZrJsonPtr();  // destroyed without recursion
+  });
+}
+
+TEST(HostileInput, BinaryNestingAndCounts) {
+  onSmallStack([] {
+    std::string deep;
+    for (int i = 0; i <= kMaxDepth; ++i) deep += std::string("\x01\x00\x01\x00\x00\x00", 6);
+    deep += std::string("\x00\x10", 2);
+    EXPECT_FALSE(readsBinary(deep)) << "one level beyond the limit";
+    EXPECT_TRUE(readsBinary(deep.substr(6)));
+    std::string endless;
+    for (int i = 0; i < 200000; ++i) endless += std::string("\x01\x00\x01\x00\x00\x00", 6);
+    EXPECT_FALSE(readsBinary(endless));
+  });
+  // Counts and lengths far beyond the stream are refused before anything is reserved.
+  const char* claims[] = {"\x01\x00\xff\xff\xff\x7f", "\x02\x00\xff\xff\xff\x7f", "\x04\x00\xff\xff\xff\x7f",
+                          "\x05\x00\xff\xff\xff\xff"};
+  for (size_t i = 0; i < sizeof claims / sizeof claims[0]; ++i)
+    EXPECT_FALSE(readsBinary(std::string(claims[i], 6) + std::string(64, '\0'))) << "row " << i;
+}
+
+// Under UndefinedBehaviorSanitizer the parser's signed overflow on these exponents would abort
+// the run; the screen must refuse them first.
+TEST(HostileInput, NumbersThatWouldOverflowTheParser) {
+  struct Row { const char* text; bool parses; } rows[] = {
+      {"[0.0000000001e-2147483639]", false},
+      {"[0.00000000000000000001e-2147483647]", false},
+      {"{\"a\":[1,{\"b\":1.5e-999999999}]}", false},
+      {"[1E-000000001]", false},
+      {"[1e-99999999]", true},
+      {"[\"0.0000000001e-2147483639\"]", true},
+      {"{\"0.0000000001e-2147483639\":1}", true},
+      {"[\"\\\"\", 1e-5]", true},
+      {"[1e+99999999999]", false},
+  };
+  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i)
+    EXPECT_EQ(static_cast<bool>(ZrJson::readjson(rows[i].text)), rows[i].parses) << "row " << i;
+}
+
+TEST(HostileInput, RandomBytesThroughEveryReader) {
+  std::mt19937 random(11);
+  const std::string alphabet = "[]{}\",:0123456789.eE+-tfnrul \\\x01\xe0\xff";
+  for (int round = 0; round < 3000; ++round) {
+    std::string bytes(random() % 64, '\0');
+    for (char& c : bytes) c = round % 2 ? alphabet[random() % alphabet.size()] : static_cast<char>(random());
+    ZrJson tree;
+    tree.readFromStream(bytes.data(), static_cast<unsigned>(bytes.size()), -1);
+    ZrJsonPtr parsed = ZrJson::readjson(bytes);
+    if (parsed) {
+      EXPECT_TRUE(ZrJson::readjson(parsed->writeJson())) << "what was read writes back as JSON";
+    }
+    readsBinary(bytes);
+  }
+}
+
+}  // namespace

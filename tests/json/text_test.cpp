@@ -1,0 +1,249 @@
+// Tests of JSON text: round trips through the reader and writer, number text against printf,
+// escaping, merging into existing trees, format detection, and files.
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <zrad/json.h>
+
+namespace {
+
+std::string textOf(const ZrJsonPtr& e) { return e ? e->writeJson().str() : "null"; }
+
+TEST(JsonText, RoundTrips) {
+  struct Row { const char* in; const char* out; } rows[] = {
+      {R"({"*a":1})", R"({"*a":1})"},
+      {R"({"a":null})", R"({"a":""})"},
+      {R"([null])", R"([[]])"},
+      {R"({"b":1,"a":2})", R"({"a":2,"b":1})"},
+      {R"({"d":0.1})", R"({"d":0.100000})"},
+      {R"([1e-7,-0.0,1E2,123456789.1234567])", R"([0.000000,-0.000000,100.000000,123456789.123457])"},
+      {R"([4294967295,-2147483649,18446744073709551615,-9223372036854775808])",
+       R"([4294967295,-2147483649,-1,-9223372036854775808])"},
+      {R"({"a":1,"a":2})", R"({"a":2})"},
+      {R"({"*a":1,"a":2})", R"({"*a":1})"},
+      {R"({"a":1,"*a":2})", R"({"*a":2})"},
+      {R"({"**a":true})", R"({"**a":true})"},
+      {R"({"*o":{"x":[1]},"*l":[false],"*n":null})", R"({"*l":[false],"*n":"","*o":{"x":[1]}})"},
+      {R"( "s" )", R"("s")"},
+      {"5", "5"},
+      {"null", "[]"},
+      {R"(["\t\u0001\"\\\r\n\/\u00e9\u001f "])", "[\"\\t\\u0001\\\"\\\\\\r\\n/\xc3\xa9\\u001f \"]"},
+      {R"({"k\"ey\n":{}})", R"({"k\"ey\n":{}})"},
+      {R"({"z":[],"y":{},"x":[[],{}]})", R"({"x":[[],{}],"y":{},"z":[]})"},
+  };
+  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
+    ZrJsonPtr tree = ZrJson::readjson(rows[i].in);
+    EXPECT_EQ(textOf(tree), rows[i].out) << "row " << i;
+    if (tree) {
+      EXPECT_EQ(textOf(ZrJson::readjson(tree->writeJson())), rows[i].out) << "row " << i << " again";
+    }
+  }
+}
+
+TEST(JsonText, ParseErrorsGiveNull) {
+  const char* rows[] = {"", " ", "{", "[1,]", R"({"a"})", "[1] x", "nul", "[01]", "{'a':1}",
+                        "[\"\x01\"]", "[1.]", "[-]", "[\"\\x\"]", "[NaN]"};
+  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i)
+    EXPECT_FALSE(ZrJson::readjson(rows[i])) << "row " << i;
+}
+
+TEST(JsonText, KindsAfterReading) {
+  ZrJsonPtr t = ZrJson::readjson(R"({"n":null,"l":[null,1,2.0,"s",true],"*r":[1],"u":3000000000})");
+  ASSERT_TRUE(t);
+  EXPECT_EQ(t("n")->getType(), etString);
+  EXPECT_EQ(t("l")(0)->getType(), etNullFlag);
+  EXPECT_EQ(t("l")(1)->getType(), etInteger);
+  EXPECT_EQ(t("l")(2)->getType(), etDouble);
+  EXPECT_EQ(t("l")(3)->getType(), etString);
+  EXPECT_EQ(t("l")(4)->getType(), etBoolean);
+  EXPECT_EQ(t("r")->getType(), etReadOnlyFlag | etArray);
+  EXPECT_EQ(t("r")(0)->getType(), etInteger) << "items of a read-only array stay writable";
+  EXPECT_EQ(t("u")->longlongValue(), 3000000000LL);
+}
+
+TEST(JsonText, ReadingMergesIntoExistingTrees) {
+  ZrJson tree(ElementValue::createObject(etObject));
+  tree->set_propertyi("y", 1, false);
+  tree->set_propertyi("ro", 1, true);
+  ASSERT_TRUE(tree.read(R"({"x":2,"ro":3,"y":4})", ZrJson::eJsonText));
+  EXPECT_EQ(textOf(tree), R"({"*ro":1,"x":2,"y":4})");
+
+  ZrJson arr(ZrJson::readjson("[1]"));
+  ASSERT_TRUE(arr.read("[2]", ZrJson::eJsonText));
+  EXPECT_EQ(textOf(arr), "[1,2]") << "an Array target gains the items";
+  ASSERT_TRUE(arr.read("7", ZrJson::eJsonText));
+  EXPECT_EQ(textOf(arr), "7");
+  ASSERT_FALSE(arr.read("[", ZrJson::eJsonText));
+  EXPECT_EQ(textOf(arr), "7") << "a parse error leaves the tree as it was";
+
+  ZrJson fresh;
+  EXPECT_TRUE(fresh.read("{}", 0));
+  EXPECT_EQ(textOf(fresh), "{}") << "a null handle becomes an Object first";
+}
+
+TEST(JsonText, DetectionInMemory) {
+  struct Row { std::string data; int format; bool result; const char* tree; } rows[] = {
+      {" \n\t{\"a\":1}", -1, true, R"({"a":1})"},
+      {"abc", -1, true, "{}"},
+      {"\xE1{\"a\":1}", -1, true, "{}"},
+      {"\xE0\x02", -1, true, "{}"},
+      {"{", -1, false, "{}"},
+      {"[", -1, false, "{}"},
+      {"{", 0, true, "{}"},
+      {"{", 2, true, "{}"},
+      {"{", 1, false, "{}"},
+      {"[3]", 1, true, "[3]"},
+      {"{]", -1, false, "{}"},
+      {"x", -1, false, "{}"},
+  };
+  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
+    ZrJson tree;
+    const Row& r = rows[i];
+    EXPECT_EQ(tree.readFromStream(r.data.data(), static_cast<unsigned>(r.data.size()), r.format), r.result)
+        << "row " << i;
+    EXPECT_EQ(textOf(tree), r.tree) << "row " << i;
+  }
+  ZrJson tree;
+  EXPECT_FALSE(tree.readFromStream(nullptr, 3, 1));
+  EXPECT_FALSE(tree.readFromStream("{}", 0, 1));
+}
+
+TEST(JsonText, NumbersMatchPrintf) {
+  std::vector<double> values = {0.0, -0.0, 0.1, 0.5, 1.5, 2.5, 0.0000005, 0.0000015, 0.0000025,
+                                0.0000004999999, 1.0000005, 0.1234565, 999999.9999995, 1e-320,
+                                1e15, 1e16, 1e22, 1e300, 1.7976931348623157e308, -1e308,
+                                4.9406564584124654e-324, 123456789.987654321, -0.0000006,
+                                NAN, -NAN, INFINITY, -INFINITY};
+  std::mt19937_64 random(7);
+  for (int i = 0; i < 20000; ++i) {
+    uint64_t bits = random();
+    double d;
+    std::memcpy(&d, &bits, sizeof d);
+    values.push_back(d);
+    values.push_back(static_cast<double>(static_cast<int64_t>(random() >> (random() % 64))) / 1e6);
+  }
+  ZrJsonPtr e = ElementValue::createObject(etDouble);
+  char expected[400];
+  for (size_t i = 0; i < values.size(); ++i) {
+    std::snprintf(expected, sizeof expected, "%lf", values[i]);
+    e->set_valued(values[i]);
+    ASSERT_EQ(e->strValue().str(), expected) << "row " << i;
+    ASSERT_EQ(e->writeJson().str(), expected) << "row " << i;
+  }
+  ZrJsonPtr n = ElementValue::createObject(etInteger);
+  for (int i = 0; i < 20000; ++i) {
+    long v = static_cast<long>(random() >> (random() % 64)) * (i % 2 ? -1 : 1);
+    if (i == 0) v = INT64_MIN;
+    std::snprintf(expected, sizeof expected, "%ld", v);
+    n->set_valuei64(v);
+    ASSERT_EQ(n->writeJson().str(), expected) << "row " << i;
+  }
+}
+
+TEST(JsonText, OtherKindsAsText) {
+  ZrJsonPtr o = ElementValue::createObject(etObject);
+  int x = 0;
+  o->set_propertyp("p", &x, false);
+  o->set_property("t", ElementValue::createObject(etTime)->set_valuet(5));
+  o->set_property("nil", ZrJsonPtr());
+  char expected[64];
+  std::snprintf(expected, sizeof expected, R"({"nil":[],"p":"0x%x","t":""})",
+                static_cast<unsigned>(reinterpret_cast<uintptr_t>(&x)));
+  EXPECT_EQ(textOf(o), expected);
+  EXPECT_EQ(textOf(ElementValue::createObject(etNone)), "[]");
+  EXPECT_EQ(IElementValueBase().writeJson().str(), "[]");
+}
+
+TEST(JsonText, IsNumber) {
+  struct Row { const char* text; bool number; } rows[] = {
+      {"", true}, {"0", true}, {"0123456789", true}, {"-1", false}, {"1.5", false},
+      {"1e3", false}, {" 1", false}, {"+1", false}, {"x", false},
+  };
+  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i)
+    EXPECT_EQ(IElementValueBase::isNumber(rows[i].text), rows[i].number) << "row " << i;
+}
+
+class JsonFiles : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/zradjsonXXXXXX";
+    ASSERT_TRUE(mkdtemp(pattern));
+    dir = pattern;
+  }
+  void TearDown() override { std::system(("rm -rf '" + dir + "'").c_str()); }
+  std::string path(const char* name) const { return dir + "/" + name; }
+  static std::string contents(const std::string& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+  }
+  static void put(const std::string& file, const std::string& bytes) {
+    std::ofstream(file, std::ios::binary) << bytes;
+  }
+  std::string dir;
+};
+
+TEST_F(JsonFiles, WriteReadAndLoadBothFormats) {
+  ZrJson tree(ZrJson::readjson(R"({"*a":1,"b":[1.5,"x",{"c":null}],"e":{}})"));
+  ASSERT_TRUE(tree);
+  const std::string text = textOf(tree);
+  ASSERT_TRUE(tree.write(path("t.json"), ZrJson::eJsonText));
+  EXPECT_EQ(contents(path("t.json")), text);
+  ASSERT_TRUE(tree.write(path("t.bin"), ZrJson::eBinary));
+  EXPECT_EQ(static_cast<unsigned char>(contents(path("t.bin"))[0]), 0xE0);
+
+  ZrJson fromText;
+  ASSERT_TRUE(fromText.read(path("t.json").c_str(), -1));
+  EXPECT_EQ(textOf(fromText), text);
+
+  ZrJson detectBinary;
+  EXPECT_TRUE(detectBinary.read(path("t.bin").c_str(), -1));
+  EXPECT_EQ(textOf(detectBinary), "{}") << "detection recognises binary but does not decode it";
+
+  for (const char* name : {"t.json", "t.bin"}) {
+    ZrJson loaded;
+    ASSERT_TRUE(loaded.load(path(name).c_str())) << name;
+    EXPECT_EQ(textOf(loaded), text) << name;
+  }
+  ZrJson missing;
+  EXPECT_FALSE(missing.load(path("none").c_str()));
+  EXPECT_FALSE(missing.read(path("none").c_str(), -1));
+  EXPECT_TRUE(tree.write(path("other"), static_cast<ZrJson::fileFormat>(3)));
+  EXPECT_EQ(access(path("other").c_str(), F_OK), -1) << "an unknown format writes nothing";
+  EXPECT_FALSE(ZrJson().write(path("x"), ZrJson::eJsonText));
+  EXPECT_FALSE(tree.write(path("no/such/dir"), ZrJson::eJsonText));
+  EXPECT_FALSE(tree.write(path("no/such/dir"), ZrJson::eBinary));
+}
+
+TEST_F(JsonFiles, DetectionOfFiles) {
+  struct Row { const char* content; bool result; const char* tree; } rows[] = {
+      {"  [1,2]", true, "[1,2]"},
+      {"hello", true, "{}"},
+      {"{bad", false, "{}"},
+      {"\xE2rest", true, "{}"},
+      {"\xEF\xBB\xBF{\"bom\":1}", true, R"({"bom":1})"},
+  };
+  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
+    put(path("f"), rows[i].content);
+    ZrJson tree;
+    EXPECT_EQ(tree.read(path("f").c_str(), -1), rows[i].result) << "row " << i;
+    EXPECT_EQ(textOf(tree), rows[i].tree) << "row " << i;
+  }
+  // A file too small to tell: its path text stands in for the content.
+  put(path("s"), "{");
+  ZrJson small;
+  EXPECT_TRUE(small.read(path("s").c_str(), -1));
+  EXPECT_EQ(textOf(small), "{}");
+}
+
+}  // namespace
