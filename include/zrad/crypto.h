@@ -20,7 +20,8 @@ struct MD5 {
 // Resets the context: count 0 and the four initial chaining words.
 ZRAD_EXPORT void MD5Open(MD5* context);
 
-// Feeds `length` bytes at `data`; any length (0 included) in any number of calls.
+// Feeds `length` bytes at `data`; any length (0 included) in any number of calls. A null
+// `data` feeds nothing.
 ZRAD_EXPORT void MD5Digest(MD5* context, const void* data, unsigned int length);
 
 // Appends the padding and the length, and writes the 16-byte digest. Call MD5Open before
