@@ -1,19 +1,19 @@
 // Path and text services side by side with the standard library doing the same job.
 //
-// Cases come in pairs "<case>:ours" and "<case>:std"; after the table the reporter prints,
-// per case, the standard library's CPU time over ours (the median with repetitions).
+// Cases come in pairs "<case>/zrad" and "<case>/std"; after the table the shared reporter
+// prints, per case, our time over the standard library's (the median with repetitions).
 #include <time.h>
 
-#include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
 #include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 #include <zrad/files.h>
 #include <zrad/text.h>
+
+#include "common/peer_ratio.h"
 
 namespace {
 
@@ -90,55 +90,17 @@ void strToTimeStd(benchmark::State& state) {
   }
 }
 
-BENCHMARK(splitOurs)->Name("split:ours");
-BENCHMARK(splitStd)->Name("split:std");
-BENCHMARK(isDoubleOurs)->Name("isDouble:ours");
-BENCHMARK(isDoubleStd)->Name("isDouble:std");
-BENCHMARK(formatPathOurs)->Name("formatPath:ours");
-BENCHMARK(formatPathStd)->Name("formatPath:std");
-BENCHMARK(relatePathOurs)->Name("relatePath:ours");
-BENCHMARK(relatePathStd)->Name("relatePath:std");
-BENCHMARK(strToTimeOurs)->Name("strToTime:ours");
-BENCHMARK(strToTimeStd)->Name("strToTime:std");
-
-// Prints the table, then std time over ours per case (>1: ours is faster).
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    ConsoleReporter::ReportRuns(runs);
-    for (const Run& run : runs) {
-      bool median = run.run_type == Run::RT_Aggregate;
-      if (run.error_occurred || (median && run.aggregate_name != "median")) continue;
-      const std::string& name = run.run_name.function_name;
-      size_t colon = name.rfind(':');
-      if (colon == std::string::npos) continue;
-      // A median, when there is one, replaces the single runs.
-      Side& side = cases_[name.substr(0, colon)][name.substr(colon + 1) == "ours" ? 0 : 1];
-      if (median || !side.median) side.cpu = run.GetAdjustedCPUTime();
-      side.median = side.median || median;
-    }
-  }
-  void Finalize() override {
-    ConsoleReporter::Finalize();
-    std::printf("\nstd CPU time over ours (>1 means ours is faster):\n");
-    for (const auto& [name, sides] : cases_)
-      if (sides[0].cpu > 0 && sides[1].cpu > 0)
-        std::printf("  %-12s %.2fx\n", name.c_str(), sides[1].cpu / sides[0].cpu);
-  }
-
- private:
-  struct Side {
-    double cpu = 0;
-    bool median = false;
-  };
-  std::map<std::string, std::array<Side, 2>> cases_;
-};
+BENCHMARK(splitOurs)->Name("split/zrad");
+BENCHMARK(splitStd)->Name("split/std");
+BENCHMARK(isDoubleOurs)->Name("isDouble/zrad");
+BENCHMARK(isDoubleStd)->Name("isDouble/std");
+BENCHMARK(formatPathOurs)->Name("formatPath/zrad");
+BENCHMARK(formatPathStd)->Name("formatPath/std");
+BENCHMARK(relatePathOurs)->Name("relatePath/zrad");
+BENCHMARK(relatePathStd)->Name("relatePath/std");
+BENCHMARK(strToTimeOurs)->Name("strToTime/zrad");
+BENCHMARK(strToTimeStd)->Name("strToTime/std");
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  benchmark::Shutdown();
-}
+ZRAD_BENCHMARK_MAIN()
