@@ -13,15 +13,12 @@ namespace {
 
 using Elements = ZrArray<ZrUtf8String>;
 
-template <class Text>
-bool isSeparator(typename Text::Std::value_type ch) {
-  return ch == '/' || ch == '\\';
-}
+bool isSeparator(wchar_t ch) { return ch == '/' || ch == '\\'; }
 
 // Whether the text ends with "/" or "\"; false for an empty text.
 template <class Text>
 bool endsWithSeparator(const Text& text) {
-  return !text.isEmpty() && isSeparator<Text>(text.str().back());
+  return !text.isEmpty() && isSeparator(text.str().back());
 }
 
 template <class Text>
