@@ -126,8 +126,10 @@ ZRAD_EXPORT uint64_t zrutCurrentThreadId();
 //   year-month-day or year/month/day (exactly three fields; years 0..69 mean 2000..2069,
 //     70..99 mean 1970..1999, larger years are taken as written),
 //   hours:minutes:seconds (exactly three fields),
-//   -N (N whole days back), +N (N whole days on),
-//   a month name "Jan".."Dec" (any case) followed by a day "#"/"##" and a year "####".
+//   -N (N whole days back),
+//   a month name "Jan".."Dec" (any case; a token of three or more characters that starts with
+//     a letter is taken as one) followed by a day "#"/"##" and then a year "####",
+//   any other token holding "+", read as a whole number of days on ("+2" => two days on).
 // A text that is one token of none of these kinds is a count of days since 1970-01-01, which
 // may be fractional. Missing fields default to 1970-01-01 00:00:00.
 //   ""                      => 0
