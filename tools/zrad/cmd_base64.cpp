@@ -1,10 +1,11 @@
 // zrad base64: Base64 encoding and decoding of a file or of standard input.
 //
-// Encoding prints one line of text; decoding ignores line breaks and other white space in
-// its input and writes the bytes to standard output.
+// Both directions stream: encoding turns 48 KiB of input at a time (a multiple of 3 bytes,
+// so the pieces join into one text) into one output line; decoding drops white space and
+// decodes whole groups of four characters as they arrive.
 #include <cctype>
-#include <climits>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,37 +18,43 @@ using namespace zradtool;
 namespace {
 
 const char kName[] = "base64";
+constexpr size_t kChunk = 48 * 1024;
 
-// The whole content of the file, or of standard input for "-".
-bool readAll(const std::string& path, std::string& bytes) {
-  FILE* in = path == "-" ? stdin : std::fopen(path.c_str(), "rb");
-  if (!in) return false;
-  char block[16 * 1024];
-  while (size_t got = std::fread(block, 1, sizeof block, in)) bytes.append(block, got);
-  const bool ok = !std::ferror(in);
-  if (in != stdin) std::fclose(in);
-  return ok;
+bool encode(FILE* in) {
+  // One byte more than a chunk: a final pair of bytes has Encode read the byte after it.
+  std::vector<unsigned char> block(kChunk + 1);
+  while (size_t got = std::fread(block.data(), 1, kChunk, in)) {
+    block[got] = 0;
+    std::fputs(CBase64().Encode(block.data(), int(got)).c_str(), stdout);
+  }
+  if (std::ferror(in)) return false;
+  std::fputc('\n', stdout);
+  return true;
 }
 
-int encode(const std::string& bytes) {
-  if (bytes.size() > size_t(INT_MAX)) return fail(kName, "input too large");
-  // c_str() keeps a zero byte after the data, which a final pair of bytes reads.
-  const std::string text =
-      CBase64().Encode(reinterpret_cast<const unsigned char*>(bytes.c_str()), int(bytes.size()));
-  std::printf("%s\n", text.c_str());
-  return kOk;
+// Decodes the whole groups at the front of `text` to standard output and keeps the rest.
+bool decodeGroups(std::string& text) {
+  const size_t whole = text.size() / 4 * 4;
+  if (!whole) return true;
+  const std::string groups = text.substr(0, whole);
+  std::vector<unsigned char> bytes(whole / 4 * 3);
+  unsigned length = unsigned(bytes.size());
+  if (!CBase64().Decode(groups.c_str(), bytes.data(), length)) return false;
+  std::fwrite(bytes.data(), 1, length, stdout);
+  text.erase(0, whole);
+  return true;
 }
 
-int decode(const std::string& input) {
+int decode(FILE* in) {
   std::string text;
-  for (char c : input)
-    if (!std::isspace(static_cast<unsigned char>(c))) text += c;
-  if (text.size() % 4) return fail(kName, "input length is not a multiple of 4");
-  if (text.size() / 4 * 3 >= size_t(UINT_MAX)) return fail(kName, "input too large");
-  unsigned length = unsigned(text.size() / 4 * 3) + 1;
-  std::vector<unsigned char> bytes(length);
-  if (!CBase64().Decode(text.c_str(), bytes.data(), length)) return fail(kName, "cannot decode");
-  if (std::fwrite(bytes.data(), 1, length, stdout) != length) return fail(kName, "cannot write");
+  char block[kChunk];
+  while (size_t got = std::fread(block, 1, sizeof block, in)) {
+    for (size_t i = 0; i < got; ++i)
+      if (!std::isspace(static_cast<unsigned char>(block[i]))) text += block[i];
+    if (!decodeGroups(text)) return fail(kName, "cannot decode");
+  }
+  if (std::ferror(in)) return fail(kName, "cannot read the input");
+  if (!text.empty()) return fail(kName, "input length is not a multiple of 4");
   return kOk;
 }
 
@@ -69,9 +76,12 @@ int run(const Args& args) {
     else path = arg, ++operands;
   }
   if (operands > 1) return usageError(kFamily, "expected at most one FILE");
-  std::string input;
-  if (!readAll(path, input)) return fail(kName, "cannot read " + path);
-  return decoding ? decode(input) : encode(input);
+  std::unique_ptr<FILE, int (*)(FILE*)> file(path == "-" ? nullptr : std::fopen(path.c_str(), "rb"),
+                                             std::fclose);
+  FILE* in = path == "-" ? stdin : file.get();
+  if (!in) return fail(kName, "cannot read " + path);
+  if (decoding) return decode(in);
+  return encode(in) ? kOk : fail(kName, "cannot read " + path);
 }
 
 const FamilyRegistration kRegistration(kFamily);
