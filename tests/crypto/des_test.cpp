@@ -24,6 +24,13 @@ std::vector<unsigned char> fromHex(const std::string& hex) {
   return bytes;
 }
 
+DesContext contextOf(const std::vector<unsigned char>& key, const unsigned char* iv,
+                     DesDirection direction) {
+  DesContext context;
+  zrad::crypto::desSetup(context, key.data(), iv, direction);
+  return context;
+}
+
 std::string toHex(const std::string& bytes) {
   return zrad::crypto::toHex(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), false);
 }
@@ -47,13 +54,10 @@ TEST(DesCipher, KnownAnswerBlocksBothWays) {
     const auto key = fromHex(rows[i].key);
     const auto plain = fromHex(rows[i].plain);
     const auto cipher = fromHex(rows[i].cipher);
-    DesContext enc, dec;
-    zrad::crypto::desSetup(enc, key.data(), iv, DesDirection::kEncrypt);
-    zrad::crypto::desSetup(dec, key.data(), iv, DesDirection::kDecrypt);
     unsigned char out[8];
-    zrad::crypto::desBlock(enc, plain.data(), out);
+    zrad::crypto::desBlock(contextOf(key, iv, DesDirection::kEncrypt), plain.data(), out);
     EXPECT_EQ(std::vector<unsigned char>(out, out + 8), cipher) << "row " << i;
-    zrad::crypto::desBlock(dec, cipher.data(), out);
+    zrad::crypto::desBlock(contextOf(key, iv, DesDirection::kDecrypt), cipher.data(), out);
     EXPECT_EQ(std::vector<unsigned char>(out, out + 8), plain) << "row " << i;
   }
 }
@@ -65,8 +69,7 @@ TEST(DesCipher, CbcChainsAcrossCallsAndRefusesPartialBlocks) {
   const std::string plain = "Now is the time for all ";
   const auto expected = fromHex("e5c7cdde872bf27c43e934008c389c0f683788499a7c05f6");
   auto in = reinterpret_cast<const unsigned char*>(plain.data());
-  DesContext enc;
-  zrad::crypto::desSetup(enc, key.data(), iv.data(), DesDirection::kEncrypt);
+  DesContext enc = contextOf(key, iv.data(), DesDirection::kEncrypt);
   std::vector<unsigned char> out(24, 0xAA);
   EXPECT_EQ(zrad::crypto::desCbc(enc, in, out.data(), 7), zrad::crypto::kDesBadLength);
   EXPECT_EQ(out, std::vector<unsigned char>(24, 0xAA));  // nothing written, chain unchanged
@@ -74,8 +77,7 @@ TEST(DesCipher, CbcChainsAcrossCallsAndRefusesPartialBlocks) {
   EXPECT_EQ(zrad::crypto::desCbc(enc, in + 8, out.data() + 8, 16), 0);
   EXPECT_EQ(out, expected);
 
-  DesContext dec;
-  zrad::crypto::desSetup(dec, key.data(), iv.data(), DesDirection::kDecrypt);
+  DesContext dec = contextOf(key, iv.data(), DesDirection::kDecrypt);
   EXPECT_EQ(zrad::crypto::desCbc(dec, out.data(), out.data(), 16), 0);  // in place
   EXPECT_EQ(zrad::crypto::desCbc(dec, out.data() + 16, out.data() + 16, 8), 0);
   EXPECT_EQ(std::string(out.begin(), out.end()), plain);
