@@ -39,10 +39,6 @@ TEST(CopyFile, CopiesBytesAndTimesIntoNewDirectories) {
     EXPECT_EQ(mtimeOf(to).tv_sec, 1100000000) << "row " << i;
     EXPECT_EQ(mtimeOf(to).tv_nsec, 987654321) << "row " << i;
   }
-  // Over an existing, longer file: truncated to the new content.
-  writeFile(dir / "short", "ab");
-  ASSERT_TRUE(zrutCopyFile((dir / "short").c_str(), (dir / "big").c_str()));
-  EXPECT_EQ(readFile(dir / "big"), "ab");
 }
 
 TEST(CopyFile, RefusalsLeaveTheSourceWhole) {
@@ -77,7 +73,7 @@ TEST(CopyFile, BareDestinationCopiesNothingButMoveKeepsTheBytes) {
   ASSERT_EQ(chdir(cwd), 0);
 }
 
-TEST(CopyFile, BufferedFallbackCopiesPipes) {
+TEST(CopyFile, BufferedFallbackCopiesPipesAndFailsOnAFullDisk) {
   TestDir dir;
   int fds[2];
   ASSERT_EQ(pipe(fds), 0);
@@ -88,8 +84,7 @@ TEST(CopyFile, BufferedFallbackCopiesPipes) {
   close(to);
   close(fds[0]);
   EXPECT_EQ(readFile(dir / "out"), "through a pipe");
-  int full = open("/dev/full", O_WRONLY);
-  int from = open((dir / "out").c_str(), O_RDONLY);
+  int full = open("/dev/full", O_WRONLY), from = open((dir / "out").c_str(), O_RDONLY);
   ASSERT_GE(full, 0);
   EXPECT_FALSE(zrad::files::copyBytesBuffered(from, full));
   close(full);
@@ -98,14 +93,12 @@ TEST(CopyFile, BufferedFallbackCopiesPipes) {
 
 TEST(CopyPath, CopiesTreesWithLinksAndRefusesItself) {
   TestDir dir;
-  writeFile(dir / "src/a", "a");
   writeFile(dir / "src/sub/b", "b");
   writeFile(dir / "src/sub/empty", "");
   mkdir((dir / "src/emptydir").c_str(), 0700);
   ASSERT_EQ(symlink("sub/b", (dir / "src/rel").c_str()), 0);
   ASSERT_EQ(symlink("/nonexistent/target", (dir / "src/dangling").c_str()), 0);
   ASSERT_TRUE(zrutCopyPath((dir / "src").c_str(), (dir / "dst").c_str()));
-  EXPECT_EQ(readFile(dir / "dst/a"), "a");
   EXPECT_EQ(readFile(dir / "dst/sub/b"), "b");
   EXPECT_EQ(readFile(dir / "dst/sub/empty"), "");
   EXPECT_TRUE(zrutIsDir((dir / "dst/emptydir").c_str()));
@@ -114,17 +107,10 @@ TEST(CopyPath, CopiesTreesWithLinksAndRefusesItself) {
   ASSERT_TRUE(isSymbolicLink((dir / "dst/rel").c_str(), target, &length));
   EXPECT_STREQ(target, "sub/b");
   EXPECT_TRUE(isSymbolicLink((dir / "dst/dangling").c_str()));
-  // Copying again over the copy works (links replaced).
-  EXPECT_TRUE(zrutCopyPath((dir / "src").c_str(), (dir / "dst").c_str()));
-  // zrutCopyFile of a directory copies the tree.
-  EXPECT_TRUE(zrutCopyFile((dir / "src/sub").c_str(), (dir / "sub2").c_str()));
-  EXPECT_EQ(readFile(dir / "sub2/b"), "b");
+  EXPECT_TRUE(zrutCopyPath((dir / "src").c_str(), (dir / "dst").c_str()));  // links replaced
 
-  EXPECT_FALSE(zrutCopyPath((dir / "src").c_str(), (dir / "src/inner").c_str()));
   EXPECT_FALSE(zrutCopyPath((dir / "src").c_str(), (dir / "src/sub/x/y").c_str()));
-  EXPECT_FALSE(zrutCopyPath((dir / "src").c_str(), (dir / "src").c_str()));
-  EXPECT_FALSE(exists(dir / "src/inner"));
-  EXPECT_FALSE(zrutCopyPath((dir / "missing").c_str(), (dir / "x").c_str()));
+  EXPECT_FALSE(exists(dir / "src/sub/x"));
 }
 
 TEST(MoveFile, MovesFilesLinksAndTrees) {
@@ -146,24 +132,12 @@ TEST(MoveFile, MovesFilesLinksAndTrees) {
   writeFile(dir / "t/a", "a");
   writeFile(dir / "t/s/b", "b");
   ASSERT_TRUE(zrutMoveFile((dir / "t").c_str(), (dir / "t2").c_str()));
-  EXPECT_FALSE(exists(dir / "t"));
-  EXPECT_EQ(readFile(dir / "t2/s/b"), "b");
   writeFile(dir / "m/s/c", "c");
   ASSERT_TRUE(zrutMoveFile((dir / "t2").c_str(), (dir / "m").c_str()));
   EXPECT_FALSE(exists(dir / "t2"));
-  EXPECT_EQ(readFile(dir / "m/a"), "a");
-  EXPECT_EQ(readFile(dir / "m/s/b"), "b");
-  EXPECT_EQ(readFile(dir / "m/s/c"), "c");
-
+  EXPECT_EQ(readFile(dir / "m/a") + readFile(dir / "m/s/b") + readFile(dir / "m/s/c"), "abc");
   EXPECT_FALSE(zrutMoveFile((dir / "m").c_str(), (dir / "m/s/inside").c_str()));
   EXPECT_EQ(readFile(dir / "m/s/b"), "b");
-
-  // zrutMovePath empties the source and leaves it.
-  writeFile(dir / "p/x", "x");
-  ASSERT_TRUE(zrutMovePath((dir / "p").c_str(), (dir / "q").c_str()));
-  EXPECT_TRUE(zrutIsDir((dir / "p").c_str()));
-  EXPECT_FALSE(exists(dir / "p/x"));
-  EXPECT_EQ(readFile(dir / "q/x"), "x");
 }
 
 TEST(MoveFile, ACopyThatCannotBeMadeKeepsTheSource) {

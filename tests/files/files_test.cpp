@@ -1,5 +1,5 @@
 // Tests of the file services: attributes, listing, contents, stream strings, temporary names,
-// shell commands, case-insensitive lookup and the library path.
+// shell commands and case-insensitive lookup.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -7,11 +7,9 @@
 #include <cstring>
 #include <map>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <zrad/files.h>
-#include <zrad/log.h>
 
 #include "files/content.h"
 #include "files/shellcommand.h"
@@ -25,69 +23,39 @@ std::string bytesOf(std::initializer_list<int> values) {
   return bytes;
 }
 
-TEST(FileAttributes, ExistenceKindsSizesAndModes) {
+TEST(FileAttributes, KindsSizesModesAndSixtyFourBitSizes) {
   TestDir dir;
   writeFile(dir / "f.txt", "hello");
   writeFile(dir / "empty", "");
-  ASSERT_EQ(symlink((dir / "f.txt").c_str(), (dir / "link").c_str()), 0);
   ASSERT_EQ(symlink((dir / "missing").c_str(), (dir / "dangling").c_str()), 0);
-
-  EXPECT_TRUE(zrutIsExistFile((dir / "f.txt").c_str()));
-  EXPECT_TRUE(zrutIsExistFile(dir.path().c_str()));
-  EXPECT_TRUE(zrutIsExistFile((dir.path() + "\\f.txt").c_str()));  // "\\" read as "/"
+  EXPECT_TRUE(zrutIsExistFile((dir.path() + "\\f.txt").c_str()));  // "\" read as "/"
   EXPECT_FALSE(zrutIsExistFile((dir / "dangling").c_str()));
-  EXPECT_FALSE(zrutIsExistFile(""));
-
   EXPECT_TRUE(zrutIsDir(dir.path().c_str()));
   EXPECT_FALSE(zrutIsDir((dir / "f.txt").c_str()));
   EXPECT_EQ(zrutGetFileSize((dir / "f.txt").c_str()), 5);
   EXPECT_EQ(zrutGetFileSize((dir / "empty").c_str()), 0);
-  EXPECT_EQ(zrutGetFileSize((dir / "link").c_str()), 5);
   EXPECT_EQ(zrutGetFileSize((dir / "missing").c_str()), -1);
-  EXPECT_EQ(filelength(-1), -1);
+  EXPECT_EQ(zrutGetFileCreateTime((dir / "missing").c_str()), 0);
+  EXPECT_FALSE(zrutAccessFile(L"/nonexistent/x", 0));
 
-  // Directory flags and read-only rows: mode => (dir flag 1, dir flag 2, read-only of a file).
+  const int64_t fiveGiB = int64_t(5) << 30;  // sparse: no disk space used
+  writeFile(dir / "big", "");
+  ASSERT_EQ(truncate((dir / "big").c_str(), fiveGiB), 0);
+  EXPECT_EQ(zrutGetFileSize((dir / "big").c_str()), fiveGiB);
+
+  // mode => zrutIsDir flag 1, flag 2, and zrutFileIsReadOnly of a file with that mode.
   struct Row { mode_t mode; bool writable, readable, readOnly; };
   const Row rows[] = {{0700, true, true, false}, {0500, false, true, false}, {0300, true, false, false},
-                      {0400, false, true, true}, {0600, true, true, false}, {0000, false, false, false}};
-  writeFile(dir / "m", "x");
+                      {0400, false, true, true}, {0600, true, true, false},  {0000, false, false, false}};
   ASSERT_EQ(mkdir((dir / "d").c_str(), 0700), 0);
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
     chmod((dir / "d").c_str(), rows[i].mode);
-    chmod((dir / "m").c_str(), rows[i].mode);
+    chmod((dir / "f.txt").c_str(), rows[i].mode);
     EXPECT_EQ(zrutIsDir((dir / "d").c_str(), kIsDirWritable), rows[i].writable) << "row " << i;
     EXPECT_EQ(zrutIsDir((dir / "d").c_str(), kIsDirReadable), rows[i].readable) << "row " << i;
-    EXPECT_EQ(zrutFileIsReadOnly((dir / "m").c_str()), rows[i].readOnly) << "row " << i;
+    EXPECT_EQ(zrutFileIsReadOnly((dir / "f.txt").c_str()), rows[i].readOnly) << "row " << i;
   }
   chmod((dir / "d").c_str(), 0700);
-  EXPECT_FALSE(zrutFileIsReadOnly((dir / "missing").c_str()));
-
-  EXPECT_TRUE(zrutAccessFile(ZrString(ZrUtf8String((dir / "f.txt").c_str())), 4));
-  EXPECT_TRUE(zrutAccessFile(ZrString(ZrUtf8String((dir / "f.txt").c_str())), 1 | 4));  // 1 ignored
-  EXPECT_FALSE(zrutAccessFile(ZrString(ZrUtf8String((dir / "missing").c_str())), 0));
-
-  struct stat st;
-  ASSERT_EQ(stat((dir / "f.txt").c_str(), &st), 0);
-  EXPECT_EQ(zrutGetFileCreateTime((dir / "f.txt").c_str()), st.st_ctime);
-  EXPECT_EQ(zrutGetFileCreateTime((dir / "missing").c_str()), 0);
-  EXPECT_EQ(zrutGetFileCreateTimeS((dir / "f.txt").c_str()).length(), 19);
-}
-
-TEST(FileAttributes, SparseFileSizesAreSixtyFourBit) {
-  TestDir dir;
-  writeFile(dir / "big", "");
-  const int64_t fiveGiB = int64_t(5) << 30;
-  ASSERT_EQ(truncate((dir / "big").c_str(), fiveGiB), 0);
-  EXPECT_EQ(zrutGetFileSize((dir / "big").c_str()), fiveGiB);
-  _finddata_t record;
-  std::memset(&record, 0, sizeof record);
-  intptr_t handle = findfirstUtf8(dir.path().c_str(), &record);
-  ASSERT_NE(handle, -1);
-  bool seen = false;
-  do seen |= std::strcmp(record.name, "big") == 0 && record.size == fiveGiB;
-  while (findnextUtf8(handle, &record) == 0);
-  findcloseUtf8(handle);
-  EXPECT_TRUE(seen);
 }
 
 TEST(FileAttributes, SymbolicLinksAndInodes) {
@@ -102,10 +70,8 @@ TEST(FileAttributes, SymbolicLinksAndInodes) {
   char small[3] = {'?', '?', '?'};
   length = 3;  // the target does not fit: nothing is copied, the length is still told
   EXPECT_TRUE(isSymbolicLink((dir / "l").c_str(), small, &length));
-  EXPECT_EQ(length, 3);
   EXPECT_EQ(small[0], '?');
   EXPECT_FALSE(isSymbolicLink((dir / "a").c_str(), target, &length));
-  EXPECT_FALSE(isSymbolicLink(nullptr, target, &length));
 
   struct Row { std::string a, b; bool expected; };
   const Row rows[] = {{dir / "a/b/c", dir / "a", true},  {dir / "a/b/c/f", dir / "a", true},
@@ -114,7 +80,6 @@ TEST(FileAttributes, SymbolicLinksAndInodes) {
                       {dir / "nope", dir / "a", false}};
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i)
     EXPECT_EQ(isSubDirOrSameDirByInode(rows[i].a.c_str(), rows[i].b.c_str()), rows[i].expected) << "row " << i;
-  EXPECT_FALSE(isSubDirOrSameDirByInode(nullptr, dir.path().c_str()));
 }
 
 TEST(FindFirst, ListsEveryEntryWithItsKindAndSize) {
@@ -127,53 +92,39 @@ TEST(FindFirst, ListsEveryEntryWithItsKindAndSize) {
   intptr_t handle = findfirstUtf8(dir.path().c_str(), &record);
   ASSERT_NE(handle, -1);
   EXPECT_EQ(record.directory, dir.path());
-  // name => attrib, and the size for files (links followed).
-  std::map<std::string, std::pair<uint32_t, int64_t>> seen;
+  std::map<std::string, std::pair<uint32_t, int64_t>> seen;  // name => attrib, size
   do seen[record.name] = {record.attrib, record.size};
   while (findnextUtf8(handle, &record) == 0);
-  EXPECT_EQ(findnextUtf8(handle, &record), -1);
   EXPECT_EQ(findcloseUtf8(handle), 0);
   ASSERT_EQ(seen.size(), 5u);
   EXPECT_EQ(seen["file"], std::make_pair(0u, int64_t(5)));
-  EXPECT_EQ(seen["link"], std::make_pair(kFindAttribLink, int64_t(5)));
+  EXPECT_EQ(seen["link"], std::make_pair(kFindAttribLink, int64_t(5)));  // size of the target
   for (const char* name : {".", "..", "sub"}) EXPECT_EQ(seen[name].first, kFindAttribDirectory) << name;
 
-  EXPECT_EQ(findfirstUtf8("", &record), -1);
-  EXPECT_EQ(findfirstUtf8(nullptr, &record), -1);
-  EXPECT_EQ(findfirstUtf8(dir.path().c_str(), nullptr), -1);
   EXPECT_EQ(findfirstUtf8((dir / "file").c_str(), &record), -1);
   EXPECT_EQ(findnextUtf8(-1, &record), -1);
-  EXPECT_EQ(findcloseUtf8(-1), -1);
 }
 
-TEST(FileTree, CreateCleanAndRemove) {
+TEST(FileTree, CreateCleanAndRemoveNeverFollowLinks) {
   TestDir dir;
   EXPECT_TRUE(zrutCreateDir((dir / "x\\y/z").c_str()));
   EXPECT_TRUE(zrutIsDir((dir / "x/y/z").c_str()));
-  EXPECT_TRUE(zrutCreateDir((dir / "x/y/z").c_str()));  // already there
   EXPECT_FALSE(zrutCreateDir(""));
   writeFile(dir / "plain", "x");
   EXPECT_FALSE(zrutCreateDir((dir / "plain/sub").c_str()));
 
-  // A link to a directory outside goes, its target stays whole.
   writeFile(dir / "outside/keep", "k");
   writeFile(dir / "tree/a/b/f", "f");
-  writeFile(dir / "tree/g", "g");
   ASSERT_EQ(symlink((dir / "outside").c_str(), (dir / "tree/a/out").c_str()), 0);
   EXPECT_TRUE(zrutCleanPath((dir / "tree").c_str()));
   EXPECT_TRUE(exists(dir / "tree"));
   EXPECT_FALSE(exists(dir / "tree/a"));
-  EXPECT_EQ(readFile(dir / "outside/keep"), "k");
-
   ASSERT_EQ(symlink((dir / "outside").c_str(), (dir / "dirlink").c_str()), 0);
   EXPECT_TRUE(zrutRemovePath((dir / "dirlink/").c_str()));
   EXPECT_FALSE(exists(dir / "dirlink"));
   EXPECT_EQ(readFile(dir / "outside/keep"), "k");
-
   EXPECT_TRUE(zrutRemoveFile((dir / "outside").c_str()));
   EXPECT_FALSE(exists(dir / "outside"));
-  EXPECT_TRUE(zrutRemoveFile((dir / "plain").c_str()));
-  EXPECT_FALSE(zrutRemoveFile((dir / "plain").c_str()));
   EXPECT_FALSE(zrutCleanPath((dir / "nothing").c_str()));
 }
 
@@ -187,43 +138,34 @@ TEST(FileContent, DecodesMarksAndEncodesModes) {
       {bytesOf({0xEF, 0xBB, 0xBF, 0x41}), "A"},
       {bytesOf({0xEF, 0xBB, 0x41}), bytesOf({0xEF, 0xBB, 0x41})},
       {bytesOf({0xFE}), bytesOf({0xFE})},
-      {"plain", "plain"},
       {"", ""},
   };
   for (size_t i = 0; i < sizeof decoded / sizeof decoded[0]; ++i)
     EXPECT_EQ(zrad::files::decodeContent(decoded[i].bytes).str(), decoded[i].text) << "row " << i;
 
-  struct Mode { int mode; std::string bytes; };
-  const Mode encoded[] = {
-      {0, "A"},
-      {1, bytesOf({0xEF, 0xBB, 0xBF, 0x41})},
-      {2, bytesOf({0x41, 0x00})},
-      {3, bytesOf({0xFF, 0xFE, 0x41, 0x00})},
-      {4, bytesOf({0x00, 0x41})},
-      {5, bytesOf({0xFE, 0xFF, 0x00, 0x41})},
-      {6, bytesOf({0x41, 0x00})},
-      {7, bytesOf({0xFF, 0xFE, 0x41, 0x00})},
-  };
-  for (size_t i = 0; i < sizeof encoded / sizeof encoded[0]; ++i)
-    EXPECT_EQ(zrad::files::encodeContent("A", encoded[i].mode), encoded[i].bytes) << "row " << i;
-  // Above U+FFFF only the low 16 bits are written.
-  EXPECT_EQ(zrad::files::encodeContent("\xF0\x9F\x98\x80", 2), bytesOf({0x00, 0xF6}));
+  const std::string encoded[] = {"A",
+                                 bytesOf({0xEF, 0xBB, 0xBF, 0x41}),
+                                 bytesOf({0x41, 0x00}),
+                                 bytesOf({0xFF, 0xFE, 0x41, 0x00}),
+                                 bytesOf({0x00, 0x41}),
+                                 bytesOf({0xFE, 0xFF, 0x00, 0x41}),
+                                 bytesOf({0x41, 0x00}),
+                                 bytesOf({0xFF, 0xFE, 0x41, 0x00})};
+  for (int mode = 0; mode < 8; ++mode)
+    EXPECT_EQ(zrad::files::encodeContent("A", mode), encoded[mode]) << "mode " << mode;
+  EXPECT_EQ(zrad::files::encodeContent("\xF0\x9F\x98\x80", 2), bytesOf({0x00, 0xF6}));  // low 16 bits
 }
 
 TEST(FileContent, RoundTripsThroughFilesAndPipes) {
   TestDir dir;
   const ZrUtf8String text("第一行\nline two");
-  // Without a mark UTF-16 cannot be told from bytes, so only marked forms come back as text.
-  for (int mode : {0, 1, 3, 5}) {
+  for (int mode : {0, 1, 3, 5}) {  // unmarked UTF-16 cannot be told from bytes
     std::string path = dir / ("m" + std::to_string(mode));
     ASSERT_TRUE(zrutWriteContentToFile(path.c_str(), text, mode)) << "mode " << mode;
     EXPECT_EQ(zrutReadContentFromFile(path.c_str()), text) << "mode " << mode;
   }
   EXPECT_EQ(zrutReadContentFromFile((dir / "missing").c_str()), "");
   EXPECT_FALSE(zrutWriteContentToFile((dir / "no/such/dir").c_str(), text, 0));
-  EXPECT_FALSE(zrutWriteContentToFile(static_cast<FILE*>(nullptr), text, 0));
-  EXPECT_EQ(zrutReadContent(nullptr), "");
-
   // A pipe reports size 0: its bytes come back undecoded, mark and all.
   FILE* pipe = popen("printf '\\357\\273\\277A'", "r");
   ASSERT_NE(pipe, nullptr);
@@ -231,16 +173,15 @@ TEST(FileContent, RoundTripsThroughFilesAndPipes) {
   pclose(pipe);
 }
 
-TEST(StreamString, WritesAndReadsLengthPrefixedText) {
+TEST(StreamString, LengthPrefixedTextAndBadCounts) {
   ZrMemoryStreamPtr stream = ZrMemoryStream::createNew();
-  const char* texts[] = {"", "a", "中文 text"};
+  const char* texts[] = {"", "中文 text"};
   for (const char* text : texts) ASSERT_TRUE(zrutWrUtf8String(stream.get(), text));
-  EXPECT_EQ(stream->length(), 3 * 4 + 0 + 1 + std::strlen(texts[2]));
+  EXPECT_EQ(stream->length(), 8 + std::strlen(texts[1]));
   stream->rewind();
   for (const char* text : texts) EXPECT_EQ(zrutRdUtf8String(stream.get()), text);
-  EXPECT_EQ(zrutRdUtf8String(stream.get()), "");  // at the end
-
-  // Counts beyond the limit, or beyond what the stream holds, read nothing more.
+  // count => text read and the position after it: a count over the limit or over what the
+  // stream holds reads nothing more.
   struct Row { uint32_t count; uint64_t positionAfter; };
   const Row rows[] = {{0x20000001u, 4}, {0xFFFFFFFFu, 4}, {100u, 4}, {3u, 7}};
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
@@ -248,12 +189,9 @@ TEST(StreamString, WritesAndReadsLengthPrefixedText) {
     s->putBytes(&rows[i].count, 4);
     s->putBytes("abc", 3);
     s->rewind();
-    ZrUtf8String text = zrutRdUtf8String(s.get());
-    EXPECT_EQ(text, rows[i].count == 3 ? "abc" : "") << "row " << i;
+    EXPECT_EQ(zrutRdUtf8String(s.get()), rows[i].count == 3 ? "abc" : "") << "row " << i;
     EXPECT_EQ(s->tell(), rows[i].positionAfter) << "row " << i;
   }
-  EXPECT_FALSE(zrutWrUtf8String(nullptr, "x"));
-  EXPECT_EQ(zrutRdUtf8String(nullptr), "");
 }
 
 TEST(ShellCommands, PlainPathsKeepTheirFormAndOthersAreQuoted) {
@@ -264,27 +202,21 @@ TEST(ShellCommands, PlainPathsKeepTheirFormAndOthersAreQuoted) {
       {"/tmp/a b", "lsof -c zrad | grep -F -e '/tmp/a b'", "xdg-open '/tmp/a b'"},
       {"it's", "lsof -c zrad | grep -F -e 'it'\\''s'", "xdg-open 'it'\\''s'"},
       {"-r", "lsof -c zrad | grep -F -e '-r'", "xdg-open ./-r"},
-      {"$(x)", "lsof -c zrad | grep -F -e '$(x)'", "xdg-open '$(x)'"},
   };
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
     EXPECT_EQ(zrad::files::lsofCommand(rows[i].path), rows[i].lsof) << "row " << i;
     EXPECT_EQ(zrad::files::openCommand(rows[i].path), rows[i].open) << "row " << i;
   }
   EXPECT_EQ(zrad::files::withStderrTo("ls", "/tmp/1.err"), "ls 2>\"/tmp/1.err\"");
-  EXPECT_EQ(zrad::files::withStderrTo("ls", "/tmp/a;b"), "ls 2>'/tmp/a;b'");
 }
 
 TEST(ShellCommands, HostilePathsNeverRunASecondCommand) {
   TestDir dir;
   const std::string marker = dir / "ran";
   const std::string hostile[] = {
-      "a\"; touch " + marker + "; echo \"",
-      "a'; touch " + marker + "; echo '",
-      "$(touch " + marker + ")",
-      "`touch " + marker + "`",
-      "a\ntouch " + marker,
-      "a | touch " + marker,
-      "a & touch " + marker + " #",
+      "a\"; touch " + marker + "; echo \"", "a'; touch " + marker + "; echo '",
+      "$(touch " + marker + ")",            "`touch " + marker + "`",
+      "a\ntouch " + marker,                 "a | touch " + marker,
       "'\"'\"$(touch " + marker + ")\"'",
   };
   for (size_t i = 0; i < sizeof hostile / sizeof hostile[0]; ++i) {
@@ -297,36 +229,30 @@ TEST(ShellCommands, HostilePathsNeverRunASecondCommand) {
     setTempPath("");
     EXPECT_FALSE(exists(marker)) << "row " << i;
   }
-  EXPECT_FALSE(zrutFileHasOpen(""));
 }
 
-TEST(Process, PipeCapturesOutputAndStandardError) {
-  TestDir dir;
-  setTempPath(dir.path().c_str());
-  ZrUtf8String error("before:");
-  ZrUtf8String output = zrutPipeCmd("sh -c 'printf out; printf err >&2'", error);
-  EXPECT_EQ(output, "out");
-  EXPECT_EQ(error, "before:err");
-  EXPECT_FALSE(exists(dir / "1.err"));  // the capture file is gone
-  setTempPath("");
-}
-
-TEST(Process, TemporaryNames) {
+TEST(Process, TemporaryNamesAndTheLibraryPath) {
   TestDir dir;
   const std::string pattern = dir / "x/*.err";
-  EXPECT_EQ(zrutMktempUTF8(pattern.c_str()), (dir / "x/1.err").c_str());
+  EXPECT_EQ(zrutMktempUTF8(pattern.c_str()).str(), dir / "x/1.err");
   EXPECT_TRUE(zrutIsDir((dir / "x").c_str()));
   writeFile(dir / "x/1.err", "");
   writeFile(dir / "x/2.ERR", "");  // taken, whatever its case
-  EXPECT_EQ(zrutMktempUTF8(pattern.c_str()), (dir / "x/3.err").c_str());
-  EXPECT_EQ(zrutMktempUTF8((dir / "x/a%s%n*").c_str()), (dir / "x/a%s%n1").c_str());
-
+  EXPECT_EQ(zrutMktempUTF8(pattern.c_str()).str(), dir / "x/3.err");
+  EXPECT_EQ(zrutMktempUTF8((dir / "x/a%s%n*").c_str()).str(), dir / "x/a%s%n1");
   setTempPath(dir.path().c_str());
-  EXPECT_EQ(zrutMktempUTF8("*no"), (dir / "1.tmp").c_str());
-  EXPECT_EQ(getTempPath(), dir.path().c_str());
+  EXPECT_EQ(zrutMktempUTF8("*no").str(), dir / "1.tmp");
   setTempPath("");
-  writeFile(dir / "file", "");
-  EXPECT_EQ(zrutMktempUTF8((dir / "file/sub/*.tmp").c_str()), "");
+  EXPECT_EQ(zrutMktempUTF8((dir / "x/1.err/sub/*.tmp").c_str()), "");
+
+  const char* saved = getenv("LD_LIBRARY_PATH");
+  std::string before = saved ? saved : "";
+  setenv("LD_LIBRARY_PATH", "/base", 1);
+  zrutPushFindLibraryPath("/one");
+  zrutPushFindLibraryPath("/two");
+  zrutPopFindLibraryPath();
+  EXPECT_STREQ(getenv("LD_LIBRARY_PATH"), "/two:/one:/base");
+  setenv("LD_LIBRARY_PATH", before.c_str(), 1);
 }
 
 TEST(CaseInsensitiveLookup, FindsTheSpellingOnDisk) {
@@ -336,9 +262,8 @@ TEST(CaseInsensitiveLookup, FindsTheSpellingOnDisk) {
   const Row rows[] = {
       {dir / "alpha/BETA/gamma.txt", true, dir / "Alpha/beta/Gamma.TXT"},
       {dir / "ALPHA/./beta/../beta/", true, dir / "Alpha/beta/"},
-      {dir / "Alpha/beta/Gamma.TXT", true, dir / "Alpha/beta/Gamma.TXT"},
-      {dir / "alpha/delta", false, ""},
       {dir / "alpha\\BETA", true, dir / "Alpha/beta"},
+      {dir / "alpha/delta", false, ""},
       {"", false, ""},
   };
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
@@ -346,82 +271,18 @@ TEST(CaseInsensitiveLookup, FindsTheSpellingOnDisk) {
     EXPECT_EQ(zrutIsExistFileNoCaseSensitive(rows[i].asked.c_str(), spelled), rows[i].found) << "row " << i;
     EXPECT_EQ(spelled.str(), rows[i].found ? rows[i].spelled : "unchanged") << "row " << i;
   }
-  ZrUtf8String tmp;
-  if (exists("/tmp") && !exists("/TMP")) {
-    EXPECT_TRUE(zrutIsExistFileNoCaseSensitive("/TMP", tmp));
-    EXPECT_EQ(tmp, "/tmp");
-  }
-  ZrString wide;
-  EXPECT_TRUE(zrutIsExistFileNoCaseSensitiveW(ZrString(ZrUtf8String((dir / "ALPHA").c_str())), wide));
-  EXPECT_EQ(ZrUtf8String(wide).str(), dir / "Alpha");
-
-  ZrUtf8String name("GAMMA.txt");
-  EXPECT_TRUE(zrutIsExistFileInPathNoCase((dir / "Alpha/beta").c_str(), name));
-  EXPECT_EQ(name, "Gamma.TXT");
-  name = "nothing";
-  EXPECT_FALSE(zrutIsExistFileInPathNoCase((dir / "Alpha/beta").c_str(), name));
-  EXPECT_EQ(name, "nothing");
-}
-
-TEST(CaseInsensitiveLookup, FindsFilesInListsOfDirectories) {
-  TestDir dir;
-  writeFile(dir / "two/Lib.so", "x");
   ZrArray<ZrUtf8String> dirs;
   dirs.append((dir / "one").c_str());
-  dirs.append((dir / "two").c_str());
-  ZrUtf8String name("Lib.so");
-  EXPECT_TRUE(zrutFindFileInPaths(name, dirs));
-  EXPECT_EQ(name.str(), dir / "two/Lib.so");
-  name = "lib.so";
+  dirs.append((dir / "Alpha/beta").c_str());
+  ZrUtf8String name("gamma.txt");
   EXPECT_FALSE(zrutFindFileInPaths(name, dirs));
-  EXPECT_EQ(name, "lib.so");
   EXPECT_TRUE(zrutFindFileInPathsNoCase(name, dirs));
-  EXPECT_EQ(name.str(), dir / "two/Lib.so");
-
+  EXPECT_EQ(name.str(), dir / "Alpha/beta/Gamma.TXT");
   ZrArray<ZrString> wideDirs;
-  wideDirs.append(ZrString(ZrUtf8String((dir / "two").c_str())));
-  ZrString wide(L"LIB.SO");
-  EXPECT_FALSE(zrutFindFileInPathsW(wide, wideDirs));
+  wideDirs.append(ZrString(ZrUtf8String((dir / "Alpha").c_str())));
+  ZrString wide(L"BETA");
   EXPECT_TRUE(zrutFindFileInPathsNoCaseW(wide, wideDirs));
-  EXPECT_EQ(ZrUtf8String(wide).str(), dir / "two/Lib.so");
-}
-
-TEST(Process, LibraryPathStackAndUserFacts) {
-  const char* saved = getenv("LD_LIBRARY_PATH");
-  std::string before = saved ? saved : "";
-  setenv("LD_LIBRARY_PATH", "/base", 1);
-  zrutPushFindLibraryPath("/one");
-  zrutPushFindLibraryPath("/two");
-  EXPECT_STREQ(getenv("LD_LIBRARY_PATH"), "/two:/one:/base");
-  zrutPopFindLibraryPath();
-  zrutPopFindLibraryPath();
-  zrutPopFindLibraryPath();  // nothing left: no effect
-  EXPECT_STREQ(getenv("LD_LIBRARY_PATH"), "/two:/one:/base");
-  setenv("LD_LIBRARY_PATH", before.c_str(), 1);
-
-  ZrArray<ZrUtf8String> paths;
-  paths.append("kept");
-  zrutGetFindPaths(paths, 0);
-  EXPECT_EQ(paths.length(), 1);
-
-  char cwd[4096];
-  ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
-  EXPECT_EQ(zrutGetCWD(), cwd);
-  char host[65] = {0};
-  gethostname(host, 64);
-  EXPECT_EQ(ZrUtf8String(zrutGetComputerName()), host);
-  EXPECT_FALSE(zrutGetUserName().isEmpty());
-
-  TestDir home;
-  const char* savedHome = getenv("HOME");
-  std::string homeBefore = savedHome ? savedHome : "";
-  setenv("HOME", home.path().c_str(), 1);
-  EXPECT_EQ(ZrUtf8String(zrutGetHomeDir()).str(), home / "Documents");
-  ASSERT_EQ(mkdir((home / "文档").c_str(), 0700), 0);
-  EXPECT_EQ(ZrUtf8String(zrutGetHomeDir()).str(), home / "文档");
-  ASSERT_EQ(mkdir((home / "Documents").c_str(), 0700), 0);
-  EXPECT_EQ(ZrUtf8String(zrutGetHomeDir()).str(), home / "Documents");
-  setenv("HOME", homeBefore.c_str(), 1);
+  EXPECT_EQ(ZrUtf8String(wide).str(), dir / "Alpha/beta");
 }
 
 }  // namespace

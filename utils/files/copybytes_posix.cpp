@@ -5,6 +5,7 @@
 // the first call decides whether the buffered loop takes over.
 #include "files/copybytes_posix.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -43,6 +44,7 @@ bool copyBytesBuffered(int from, int to) {
 }
 
 bool copyBytes(int from, int to) {
+  posix_fadvise(from, 0, 0, POSIX_FADV_SEQUENTIAL);  // a hint; failure changes nothing
   bool first = true;
   for (;;) {
     ssize_t n = copy_file_range(from, nullptr, to, nullptr, kKernelChunk, 0);

@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include <zrad/files.h>
 #include <zrad/text.h>
@@ -21,28 +23,61 @@ constexpr int kMaxFindName = static_cast<int>(sizeof(_finddata_t::name));
 
 using Matcher = bool (*)(const ZrUtf8String& name, const ZrUtf8String& pattern);
 
+// Collects the matching entries compactly while walking, then writes the (large) records in
+// one go, so the output array is sized once instead of being regrown and copied.
 class GlobWalk {
  public:
-  GlobWalk(const ZrUtf8String& pattern, Matcher match, int flags, ZrFindDataArray& found)
-      : m_pattern(pattern), m_match(match), m_flags(flags), m_found(found) {}
+  GlobWalk(const ZrUtf8String& pattern, Matcher match, int flags)
+      : m_pattern(pattern), m_match(match), m_flags(flags) {}
 
   // Lists `dir` (open on the path `listed`); found names get `prefix` in front.
   void walk(DirReader& dir, const ZrUtf8String& listed, const ZrUtf8String& prefix) {
+    m_listed.push_back(listed);
+    const int listedIndex = static_cast<int>(m_listed.size()) - 1;
     while (const dirent* entry = dir.next()) {
       ZrUtf8String name(entry->d_name);
       uint32_t attrib = zrad::files::findAttribOf(entry->d_type);
       bool dots = isDotOrDotDot(entry->d_name);
       if (attrib & kFindAttribDirectory) {
         if ((m_flags & kGlobDirs) && (!dots || (m_flags & kGlobDotDirs)) && m_match(name, m_pattern))
-          add(dir, listed, prefix, entry, attrib);
+          collect(dir, listedIndex, prefix, entry, attrib);
         if (!dots && (m_flags & kGlobRecursive)) descend(dir, listed, prefix, name);
       } else if ((m_flags & kGlobFiles) && m_match(name, m_pattern)) {
-        add(dir, listed, prefix, entry, attrib);
+        collect(dir, listedIndex, prefix, entry, attrib);
       }
     }
   }
 
+  // Appends one zeroed, filled record per entry found.
+  void store(ZrFindDataArray& found) const {
+    const int first = found.length();
+    found.setPhysicalLength(first + static_cast<int>(m_hits.size()));
+    found.setLogicalLength(first + static_cast<int>(m_hits.size()));
+    for (size_t i = 0; i < m_hits.size(); ++i) {
+      const Hit& hit = m_hits[i];
+      _finddata_t& record = found[first + static_cast<int>(i)];
+      record.attrib = hit.attrib;
+      record.time_create = hit.timeCreate;
+      record.time_access = hit.timeAccess;
+      record.time_write = hit.timeWrite;
+      record.size = hit.size;
+      std::memcpy(record.name, m_names.data() + hit.nameAt, hit.nameLength);
+      record.inode = hit.inode;
+      const ZrUtf8String& listed = m_listed[static_cast<size_t>(hit.listedIndex)];
+      if (listed.length() < static_cast<int>(sizeof record.directory))
+        std::memcpy(record.directory, listed.c_str(), static_cast<size_t>(listed.length()));
+    }
+  }
+
  private:
+  struct Hit {
+    size_t nameAt, nameLength;
+    int listedIndex;
+    uint32_t attrib;
+    uint64_t inode;
+    int64_t timeCreate, timeAccess, timeWrite, size;
+  };
+
   void descend(DirReader& dir, const ZrUtf8String& listed, const ZrUtf8String& prefix,
                const ZrUtf8String& name) {
     ZrUtf8String subPrefix = prefix.isEmpty() ? name : zrutCombinePath(prefix, name);
@@ -52,38 +87,39 @@ class GlobWalk {
     if (sub.isOpen()) walk(sub, zrutCombinePath(listed, name), subPrefix);
   }
 
-  void add(DirReader& dir, const ZrUtf8String& listed, const ZrUtf8String& prefix,
-           const dirent* entry, uint32_t attrib) {
+  void collect(DirReader& dir, int listedIndex, const ZrUtf8String& prefix, const dirent* entry,
+               uint32_t attrib) {
     ZrUtf8String name = prefix.isEmpty() ? ZrUtf8String(entry->d_name)
                                          : zrutCombinePath(prefix, entry->d_name);
     if (name.length() + 1 >= kMaxFindName) return;
-    int at = m_found.length();
-    m_found.setLogicalLength(at + 1);  // a zeroed record
-    _finddata_t& record = m_found[at];
-    record.attrib = attrib;
-    std::memcpy(record.name, name.c_str(), static_cast<size_t>(name.length()));
-    record.inode = entry->d_ino;
-    if (listed.length() < static_cast<int>(sizeof record.directory))
-      std::memcpy(record.directory, listed.c_str(), static_cast<size_t>(listed.length()));
+    Hit hit{m_names.size(), static_cast<size_t>(name.length()), listedIndex, attrib, entry->d_ino,
+            0, 0, 0, 0};
+    m_names += name.str();
     struct stat st;
     if (fstatat(dir.fd(), entry->d_name, &st, 0) == 0) {
-      record.time_create = st.st_ctime;
-      record.time_access = st.st_atime;
-      record.time_write = st.st_mtime;
-      record.size = st.st_size;
+      hit.timeCreate = st.st_ctime;
+      hit.timeAccess = st.st_atime;
+      hit.timeWrite = st.st_mtime;
+      hit.size = st.st_size;
     }
+    m_hits.push_back(hit);
   }
 
   const ZrUtf8String& m_pattern;
   Matcher m_match;
   int m_flags;
-  ZrFindDataArray& m_found;
+  std::vector<Hit> m_hits;
+  std::string m_names;
+  std::vector<ZrUtf8String> m_listed;
 };
 
 int globWith(Matcher match, const ZrUtf8String& directory, const ZrUtf8String& pattern,
              ZrFindDataArray& found, int flags) {
   DirReader top(directory.c_str());
-  if (top.isOpen()) GlobWalk(pattern, match, flags, found).walk(top, directory, ZrUtf8String());
+  if (!top.isOpen()) return found.length();
+  GlobWalk walk(pattern, match, flags);
+  walk.walk(top, directory, ZrUtf8String());
+  walk.store(found);
   return found.length();
 }
 
