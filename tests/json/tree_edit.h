@@ -1,0 +1,45 @@
+// Test helpers for the element tree: trees written as JSON text, and tables of edits.
+//
+// A row of an edit table names a starting tree, an edit that reports its result as text and
+// the tree expected afterwards; checkEdits runs each row on a fresh tree.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <zrad/json.h>
+
+namespace jsontest {
+
+inline ZrJsonPtr parse(const char* text) {
+  ZrJsonPtr tree = ZrJson::readjson(text);
+  EXPECT_TRUE(tree) << text;
+  return tree;
+}
+
+// The element that the JSON text `text` holds, as an item of an array.   "1" => Integer 1
+inline ZrJsonPtr item(const char* text) { return parse((std::string("[") + text + "]").c_str())(0); }
+
+// JSON text of an element; "null" for a null handle.
+inline std::string textOf(const ZrJsonPtr& e) { return e ? e->writeJson().str() : "null"; }
+inline std::string yes(bool b) { return b ? "true" : "false"; }
+
+struct EditRow {
+  const char* tree;
+  std::function<std::string(IElementValueBase&)> edit;
+  const char* result;
+  const char* after;
+};
+
+inline void checkEdits(const std::vector<EditRow>& rows) {
+  for (size_t i = 0; i < rows.size(); ++i) {
+    ZrJsonPtr tree = parse(rows[i].tree);
+    EXPECT_EQ(rows[i].edit(*tree), rows[i].result) << "row " << i;
+    EXPECT_EQ(textOf(tree), rows[i].after) << "row " << i;
+  }
+}
+
+}  // namespace jsontest
