@@ -185,13 +185,23 @@ class ZRAD_EXPORT IElementValueBase {
   virtual int get_array_index(const ZrJsonPtr& value) const;
   // Appends the binary form (no 0xE0 signature) to `stream`; platform stream errors propagate.
   virtual void writeBinary(ZrSmartPtr<ZrStreamBuf> stream);
-  // Merges `value` into the named property.
+  // Merges a copy of `value` into the property `name` of a writable Object; `value` itself is
+  // never shared. True when everything merged; false for another kind, a null `value`, or any
+  // refusal by a read-only value on the way (the rest is still merged).
+  //   missing          => stores a clone       Object into Object => merges name by name
+  //   Array into Array => update_array of each item (a set union)
+  //   otherwise        => replaces the value by a clone
   virtual bool update_property(const ZrUtf8String& name, const ZrJsonPtr& value);
-  // Appends `item` to a writable Array unless an equal item is there already.
+  // Appends `item` to a writable Array unless an equal item is there already (scalars compare
+  // by their text, Objects and Arrays by bEqual). True when the Array now holds such an item;
+  // false (logged at level 5) when this is no writable Array, or for a null `item`.
+  //   [1] + "1" => true, unchanged      [1] + 2 => true, [1,2]
   virtual bool update_array(const ZrJsonPtr& item);
   // Copies the properties of `source` into this Object (clones when `deep`).
   virtual void copySubProperty(const ZrJsonPtr& source, bool deep);
-  // Deep copy; read-only elements are shared, not copied.
+  // Deep copy; read-only elements are shared, not copied. Owned pointers, byte blocks and kind
+  // 0x42 are copied with a zero value (owned memory is never shared). Null for a tree nested
+  // deeper than ZrJsonMaxDepth (or one that contains itself).
   virtual ZrJsonPtr clone() const;
   // Empties a writable Object or Array; other kinds are left unchanged.
   virtual void clear();
@@ -215,19 +225,25 @@ class ZRAD_EXPORT IElementValueBase {
   // index in decimal. The empty path is the element itself.
   //   quickGetProperty("a//b/") == quickGetProperty("a/b")
   //   on {"arr":[10,20]}: quickGetProperty("arr/x") => 10 (strtol of "x" is 0)
+  //                       quickGetProperty("arr/4294967296") => null (beyond the int range)
   ZrJsonPtr quickGetProperty(const ZrUtf8String& path) const;
   // Creates missing containers along `path` (an Array where the next segment is a number, else
   // an Object) and returns the element reached; never creates array items.
-  //   {} quickSetProperty("a/0/b") => the new empty Array a
+  // Null when an Array segment is no number, an item is missing before the last segment, or a
+  // read-only Object refuses a new member. A scalar on the way ends the walk and is returned.
+  //   {} quickSetProperty("a/b")   => the new {} b, tree {"a":{"b":{}}}
+  //   {} quickSetProperty("a/0/b") => null, tree {"a":[]}
+  //   {"a":[1]} quickSetProperty("a/5") => the Array a
   ZrJsonPtr quickSetProperty(const ZrUtf8String& path);
   // quickGetProperty, then quickSetProperty when missing and `create`.  CheckKey("", x) => this
   ZrJsonPtr CheckKey(const ZrUtf8String& path, bool create);
-  // Splits `path` into a parent path and the last name; false for an empty path.
+  // Splits `path` into a parent path and the last name; false (outputs untouched) for a path
+  // without segments ("" or "///").
   //   "a/b/c" => "a/b", "c"     "a/b/0" => "a/b/0", "0"     "a/1/2" => "a/1", "2"
   static bool RebuildJsonName(const ZrUtf8String& path, ZrUtf8String& parent, ZrUtf8String& name);
 
-  // Typed accessors at a path. Getters: false (out unchanged) when nothing is there; a null
-  // element gives true with out unchanged.
+  // Typed accessors at a path (a null `path` counts as ""). Getters: false (out unchanged)
+  // when nothing is there; a null element gives true with out unchanged.
   bool GetDataI(const char* path, int& out);
   bool GetDataB(const char* path, bool& out);
   bool GetDataD(const char* path, double& out);
@@ -239,7 +255,9 @@ class ZRAD_EXPORT IElementValueBase {
   bool GetDataP3d(const char* path, ZrGePoint3d& out);
   bool GetDataJ(const char* path, ZrJsonPtr& out);
   // Setters create missing containers; false for an empty path or a parent that cannot take
-  // the value. An Array parent takes only strings and handles (appended).
+  // the value. An Array parent takes only strings and handles (appended). A read-only property
+  // keeps its value and the setter still returns true. SetDataJ refuses a null handle.
+  //   {} SetDataI("a/b", 5) => {"a":{"b":5}}      {"l":[]} SetDataS("l/7", "x") => {"l":["x"]}
   bool SetDataI(const char* path, int value);
   bool SetDataB(const char* path, bool value);
   bool SetDataD(const char* path, double value);
@@ -256,7 +274,10 @@ class ZRAD_EXPORT IElementValueBase {
   // Stores a new Object of Doubles under `name`; returns it. The bool is not used.
   ZrJsonPtr set_property_point2d(const ZrUtf8String& name, const ZrGePoint2d& p, bool readOnly);
   ZrJsonPtr set_property_point3d(const ZrUtf8String& name, const ZrGePoint3d& p, bool readOnly);
-  // Equal content. Array order is ignored; an Integer never equals a Double.
+  // Equal content. Array order is ignored and items are not paired off; an Integer never
+  // equals a Double, a Time nothing; two None or null elements are equal. False for a null
+  // handle or trees nested deeper than ZrJsonMaxDepth.
+  //   [1,1,2] vs [1,2,2] => true      {"a":1} vs {"a":1.0} => false
   bool bEqual(const ZrJsonPtr& other) const;
 
  private:
