@@ -157,6 +157,11 @@ class Input {
   uint64_t remaining() const { return (m_end - m_pos) + m_left; }
 
   bool read(void* dst, uint64_t n) {
+    if (n <= m_end - m_pos) {
+      std::memcpy(dst, m_buf.get() + m_pos, static_cast<size_t>(n));
+      m_pos += static_cast<size_t>(n);
+      return true;
+    }
     if (n > remaining()) return false;
     char* out = static_cast<char*>(dst);
     while (n) {

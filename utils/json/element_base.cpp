@@ -13,7 +13,7 @@ struct Teardown {
   bool running = false;
   std::vector<IElementValueBase*> pending;
 };
-thread_local Teardown tTeardown;
+__attribute__((tls_model("initial-exec"))) thread_local Teardown tTeardown;
 
 void destroy(IElementValueBase* e) {
   Teardown& t = tTeardown;

@@ -81,7 +81,9 @@ struct Cache {
   size_t count;
   bool closed;  // the thread is exiting: go straight to the stock
 };
-thread_local Cache tCache;
+// Initial-exec: the library is loaded with the program, and the general model would cost a
+// call to __tls_get_addr on every allocation.
+__attribute__((tls_model("initial-exec"))) thread_local Cache tCache;
 
 struct CacheCloser {
   ~CacheCloser() {

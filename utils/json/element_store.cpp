@@ -100,8 +100,18 @@ uint32_t sortAndSettle(Entry* entries, uint32_t count, Repeats rule) {
   bool sorted = true;
   for (uint32_t i = 1; i < count && sorted; ++i) sorted = nameLess(entries[i - 1], entries[i]);
   if (sorted) return count;
-  // Stable, so repeated names stay in document order for the settling below.
-  std::stable_sort(entries, entries + count, nameLess);
+  // Stable, so repeated names stay in document order for the settling below. Most objects are
+  // small: insertion sort needs no buffer.
+  if (count <= 32) {
+    for (uint32_t i = 1; i < count; ++i) {
+      Entry moving = entries[i];
+      uint32_t j = i;
+      for (; j > 0 && nameLess(moving, entries[j - 1]); --j) entries[j] = entries[j - 1];
+      entries[j] = moving;
+    }
+  } else {
+    std::stable_sort(entries, entries + count, nameLess);
+  }
   uint32_t out = 0;
   for (uint32_t i = 0; i < count; ++i) {
     if (out > 0 && entries[out - 1].name.view() == entries[i].name.view()) {

@@ -16,7 +16,7 @@ struct EscapeTable {
   bool needs[256] = {};
   constexpr EscapeTable() {
     for (int c = 1; c < 32; ++c) needs[c] = true;
-    needs['"'] = needs['\\'] = true;
+    needs[static_cast<unsigned char>('"')] = needs[static_cast<unsigned char>('\\')] = true;
   }
 };
 constexpr EscapeTable kEscape;

@@ -1,0 +1,215 @@
+// Element-tree reading and writing beside RapidJSON and nlohmann::json, on three generated
+// documents of a few MB: a feed of small objects with strings, geographic outlines (many doubles
+// in nested arrays) and a deep configuration tree.
+//
+// Cases (each line "ratio <case>: zrad / <peer> = T", below 1 means faster):
+//   read_<doc>      text to tree, tree freed, beside RapidJSON's DOM parse and nlohmann's parse
+//   write_<doc>     tree to text beside RapidJSON's Writer over its DOM
+//   binwrite_<doc>  our binary write beside our own text write ("text" side)
+//   binread_<doc>   our binary read beside our own text read
+// Build with -DCMAKE_BUILD_TYPE=Release -DZRAD_BENCH=ON -DZRAD_TESTS=OFF.
+#include <zrad/json.h>
+
+#include <benchmark/benchmark.h>
+#include <nlohmann/json.hpp>
+#include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <cstdio>
+#include <string>
+
+#include "common/peer_ratio.h"
+
+namespace {
+
+// A small deterministic generator, so every run measures the same documents.
+struct Lcg {
+  uint64_t x = 0x9E3779B97F4A7C15ull;
+  uint32_t next() { return static_cast<uint32_t>((x = x * 6364136223846793005ull + 1442695040888963407ull) >> 33); }
+  double unit() { return next() / 4294967296.0; }
+};
+
+std::string feed() {
+  Lcg r;
+  std::string s = "[";
+  char buf[512];
+  for (int i = 0; i < 9000; ++i) {
+    std::snprintf(buf, sizeof buf,
+                  "%s{\"id\":%u%u,\"created_at\":\"Mon Nov %02u 10:%02u:00 +0000 2026\",\"text\":\"Post number %d "
+                  "with some words, a \\\"quote\\\" and caf\\u00e9 #tag%u\",\"user\":{\"id\":%u,\"name\":\"User %u\","
+                  "\"screen_name\":\"user_%u\",\"followers_count\":%u,\"verified\":%s,\"lang\":\"en\"},"
+                  "\"retweet_count\":%u,\"favorite_count\":%u,\"favorited\":false,\"entities\":{\"hashtags\":"
+                  "[\"tag%u\",\"news\"],\"urls\":[]},\"geo\":null}",
+                  i ? "," : "", r.next(), r.next() % 1000, r.next() % 28 + 1, r.next() % 60, i, r.next() % 100,
+                  r.next(), r.next() % 5000, r.next() % 5000, r.next() % 100000, r.next() % 2 ? "true" : "false",
+                  r.next() % 1000, r.next() % 1000, r.next() % 50);
+    s += buf;
+  }
+  return s + "]";
+}
+
+std::string outlines() {
+  Lcg r;
+  std::string s = "{\"type\":\"FeatureCollection\",\"features\":[";
+  char buf[64];
+  for (int f = 0; f < 300; ++f) {
+    s += f ? "," : "";
+    s += "{\"type\":\"Feature\",\"properties\":{\"name\":\"region " + std::to_string(f) +
+         "\"},\"geometry\":{\"type\":\"Polygon\",\"coordinates\":[";
+    for (int ring = 0; ring < 3; ++ring) {
+      s += ring ? ",[" : "[";
+      for (int p = 0; p < 120; ++p) {
+        std::snprintf(buf, sizeof buf, "%s[%.6f,%.6f]", p ? "," : "", r.unit() * 360 - 180, r.unit() * 180 - 90);
+        s += buf;
+      }
+      s += "]";
+    }
+    s += "]}}";
+  }
+  return s + "]}";
+}
+
+void configLevel(std::string& s, Lcg& r, int depth) {
+  s += "{";
+  int n = depth < 6 ? 6 : 12;
+  for (int i = 0; i < n; ++i) {
+    s += i ? "," : "";
+    s += "\"" + std::string(depth % 2 ? "section" : "option") + std::to_string(i) + "\":";
+    if (depth < 6 && i < 5) {
+      configLevel(s, r, depth + 1);
+    } else {
+      switch (r.next() % 4) {
+        case 0: s += std::to_string(r.next() % 10000); break;
+        case 1: s += r.next() % 2 ? "true" : "false"; break;
+        case 2: s += "\"/opt/app/share/resource_" + std::to_string(r.next() % 1000) + ".dat\""; break;
+        default: s += std::to_string(r.unit() * 100);
+      }
+    }
+  }
+  s += "}";
+}
+
+std::string config() {
+  Lcg r;
+  std::string s;
+  configLevel(s, r, 0);
+  return s;
+}
+
+struct Doc {
+  const char* name;
+  std::string text;
+};
+
+const Doc& doc(int which) {
+  static const Doc docs[] = {{"feed", feed()}, {"outlines", outlines()}, {"config", config()}};
+  return docs[which];
+}
+
+void bytes(benchmark::State& state, size_t n) { state.SetBytesProcessed(int64_t(state.iterations() * n)); }
+
+void readZrad(benchmark::State& state, int which) {
+  const ZrUtf8String text(doc(which).text);
+  for (auto _ : state) benchmark::DoNotOptimize(ZrJson::readjson(text).get());
+  bytes(state, doc(which).text.size());
+}
+
+void readRapid(benchmark::State& state, int which) {
+  const std::string& text = doc(which).text;
+  for (auto _ : state) {
+    rapidjson::Document d;
+    d.Parse(text.c_str());
+    benchmark::DoNotOptimize(d.IsObject());
+  }
+  bytes(state, text.size());
+}
+
+void readNlohmann(benchmark::State& state, int which) {
+  const std::string& text = doc(which).text;
+  for (auto _ : state) benchmark::DoNotOptimize(nlohmann::json::parse(text).size());
+  bytes(state, text.size());
+}
+
+void writeZrad(benchmark::State& state, int which) {
+  ZrJsonPtr tree = ZrJson::readjson(ZrUtf8String(doc(which).text));
+  size_t n = 0;
+  for (auto _ : state) n = tree->writeJson().str().size();
+  bytes(state, n);
+}
+
+void writeRapid(benchmark::State& state, int which) {
+  rapidjson::Document d;
+  d.Parse(doc(which).text.c_str());
+  size_t n = 0;
+  for (auto _ : state) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    d.Accept(writer);
+    n = buffer.GetSize();
+  }
+  bytes(state, n);
+}
+
+void binWrite(benchmark::State& state, int which) {
+  ZrJson tree(ZrJson::readjson(ZrUtf8String(doc(which).text)));
+  for (auto _ : state) {
+    ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
+    tree.write2Stream(s.get(), ZrJson::eBinary);
+    benchmark::DoNotOptimize(s->length());
+  }
+}
+
+void textWrite(benchmark::State& state, int which) {
+  ZrJson tree(ZrJson::readjson(ZrUtf8String(doc(which).text)));
+  for (auto _ : state) {
+    ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
+    tree.write2Stream(s.get(), ZrJson::eJsonText);
+    benchmark::DoNotOptimize(s->length());
+  }
+}
+
+ZrMemoryStreamPtr written(int which, ZrJson::fileFormat format) {
+  ZrJson tree(ZrJson::readjson(ZrUtf8String(doc(which).text)));
+  ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
+  tree.write2Stream(s.get(), format);
+  return s;
+}
+
+void binRead(benchmark::State& state, int which) {
+  ZrMemoryStreamPtr s = written(which, ZrJson::eBinary);
+  for (auto _ : state) {
+    s->rewind();
+    ZrJson tree;
+    benchmark::DoNotOptimize(tree.readBinaryStream(s.get()));
+  }
+}
+
+void textRead(benchmark::State& state, int which) {
+  ZrMemoryStreamPtr s = written(which, ZrJson::eJsonText);
+  for (auto _ : state) {
+    ZrJson tree;
+    benchmark::DoNotOptimize(
+        tree.readFromStream(reinterpret_cast<const char*>(s->data()), static_cast<unsigned>(s->length()), 1));
+  }
+}
+
+const bool kRegistered = [] {
+  for (int which = 0; which < 3; ++which) {
+    std::string name = doc(which).name;
+    benchmark::RegisterBenchmark(("read_" + name + "/zrad").c_str(), readZrad, which);
+    benchmark::RegisterBenchmark(("read_" + name + "/rapidjson").c_str(), readRapid, which);
+    benchmark::RegisterBenchmark(("read_" + name + "/nlohmann").c_str(), readNlohmann, which);
+    benchmark::RegisterBenchmark(("write_" + name + "/zrad").c_str(), writeZrad, which);
+    benchmark::RegisterBenchmark(("write_" + name + "/rapidjson").c_str(), writeRapid, which);
+    benchmark::RegisterBenchmark(("binwrite_" + name + "/zrad").c_str(), binWrite, which);
+    benchmark::RegisterBenchmark(("binwrite_" + name + "/text").c_str(), textWrite, which);
+    benchmark::RegisterBenchmark(("binread_" + name + "/zrad").c_str(), binRead, which);
+    benchmark::RegisterBenchmark(("binread_" + name + "/text").c_str(), textRead, which);
+  }
+  return true;
+}();
+
+}  // namespace
+
+ZRAD_BENCHMARK_MAIN()
