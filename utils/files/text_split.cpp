@@ -29,7 +29,7 @@ bool isAscii(const std::string& text) {
 
 template <class Text>
 void appendUnlessEmpty(const Text& text, size_t from, size_t to, ZrArray<Text>& fields) {
-  if (to > from) fields.append(Text(text.str().substr(from, to - from)));
+  if (to > from) fields.append(Text(text.c_str() + from, to - from));
 }
 
 // Splits at any of `count` single-byte delimiters.
