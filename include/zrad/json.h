@@ -199,8 +199,9 @@ class ZRAD_EXPORT IElementValueBase {
   virtual bool update_array(const ZrJsonPtr& item);
   // Copies the properties of `source` into this Object (clones when `deep`).
   virtual void copySubProperty(const ZrJsonPtr& source, bool deep);
-  // Deep copy; read-only elements are shared, not copied. Owned pointers, byte blocks and kind
-  // 0x42 are copied with a zero value (owned memory is never shared). Null for a tree nested
+  // Deep copy; read-only elements are shared, not copied. A byte block gets its own copy of the
+  // bytes; owned pointers and kind 0x42 are copied with a zero value (owned memory is never
+  // shared). Null for a tree nested
   // deeper than ZrJsonMaxDepth (or one that contains itself).
   virtual ZrJsonPtr clone() const;
   // Empties a writable Object or Array; other kinds are left unchanged.

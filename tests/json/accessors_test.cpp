@@ -113,6 +113,21 @@ TEST(TreeOps, CloneIsIndependent) {
     EXPECT_EQ(c->timeValue(), rows[i].time) << "row " << i;
   }
   EXPECT_EQ(object->numRefs(), refs + 1) << "each copy took and gave back its own reference";
+
+  // A byte block (only the binary reader makes one) gets bytes of its own.
+  const std::string block("\x05\x00\x02\x00\x00\x00" "ab", 8);
+  ZrSmartPtr<ZrStreamBuf> in = ZrMemoryStream::createNew(), out = ZrMemoryStream::createNew();
+  in->putBytes(block.data(), 8);
+  in->rewind();
+  ZrJsonPtr bytes = ElementValue::createObject(etNullFlag);
+  ASSERT_TRUE(static_cast<ElementValue*>(bytes.get())->readBinary(in));
+  ZrJsonPtr blockCopy = bytes->clone();
+  bytes = nullptr;  // the copy's bytes must outlive the source's
+  blockCopy->writeBinary(out);
+  std::string written(8, '?');
+  out->rewind();
+  EXPECT_EQ(out->getBytes(&written[0], 8), 8u);
+  EXPECT_EQ(written, block);
 }
 
 // Runs `body` on a thread whose stack is 1 MiB.

@@ -4,6 +4,8 @@
 // nesting limit never deepens the thread's stack and a tree that contains itself ends the walk
 // instead of running away. copySubProperty, appendObjects, update_array and update_property
 // build on them.
+#include <cstdlib>
+#include <cstring>
 #include <optional>
 #include <vector>
 
@@ -24,9 +26,24 @@ const char kLogSource[] = "utils/zradjson";
 
 bool isContainer(int kind) { return kind == etObject || kind == etArray; }
 
+// Gives `copy` its own copy of the bytes of the byte block `source` (length in the value word,
+// a malloc'd buffer in the second word). Blocks of other element classes stay empty.
+void copyByteBlock(const IElementValueBase& source, IElementValueBase& copy) {
+  const ElementValue* from = zrad::json::asElement(&source);
+  ElementValue* to = zrad::json::asElement(&copy);
+  const void* bytes = from ? reinterpret_cast<const void*>(ElementAccess::second(*from)) : nullptr;
+  const uint64_t length = from ? ElementAccess::word(*from) : 0;
+  if (!to || !bytes || length == 0) return;
+  void* own = std::malloc(length);
+  if (!own) throw ZrError(Zrad::eOutOfMemory);
+  std::memcpy(own, bytes, length);
+  ElementAccess::word(*to) = length;
+  ElementAccess::second(*to) = reinterpret_cast<uint64_t>(own);
+}
+
 // A copy of one element without its members. Read-only elements are shared, not copied; an
-// owned pointer, a byte block and kind 0x42 are copied with a zero value (owned memory is never
-// shared between two elements).
+// owned pointer and kind 0x42 are copied with a zero value (owned memory is never shared
+// between two elements).
 ZrJsonPtr copyShallow(const IElementValueBase& source) {
   const int type = source.getType();
   if (isReadOnly(type)) return ZrJsonPtr(const_cast<IElementValueBase*>(&source));
@@ -52,6 +69,9 @@ ZrJsonPtr copyShallow(const IElementValueBase& source) {
       break;
     case etRxObjectPointer:
       copy->set_value_rxobject_ptr(static_cast<ZrRxObject*>(source.ptrValue()));
+      break;
+    case etByteBlock:
+      copyByteBlock(source, *copy);
       break;
     default:
       break;
