@@ -4,7 +4,6 @@
 // are skipped. Segments are views into the caller's text, which must outlive the cursor.
 #pragma once
 
-#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <string_view>
@@ -51,13 +50,13 @@ inline bool isDigits(std::string_view s) {
 }
 
 // The array index a segment selects, read with strtol as the walks require ("x" => 0,
-// "2b" => 2). Values outside the int range give -1, which selects nothing.
+// "2b" => 2). Values outside the int range (strtol saturates at the long range) give -1,
+// which selects nothing.
 // The segment always ends at a separator or at the path's terminating zero, neither of which
 // strtol reads past, so parsing the view's bytes in place is safe.
 inline int segmentIndex(std::string_view segment) {
-  errno = 0;
   long value = std::strtol(segment.data(), nullptr, 10);
-  if (errno == ERANGE || value < INT_MIN || value > INT_MAX) return -1;
+  if (value < INT_MIN || value > INT_MAX) return -1;
   return static_cast<int>(value);
 }
 
