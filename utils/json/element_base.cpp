@@ -3,32 +3,52 @@
 // Release deletes without recursion: an element that dies while another is being destroyed on
 // the same thread is queued and deleted by the outermost Release, so dropping a deep tree
 // needs no deep stack.
-#include <vector>
+#include <cstdlib>
 
-#include <zrad/json.h>
+#include "json/element_store.h"
 
 namespace {
 
+// Trivially destructible, so access needs no guard; the queue lives only while a teardown runs.
 struct Teardown {
-  bool running = false;
-  std::vector<IElementValueBase*> pending;
+  bool running;
+  IElementValueBase** pending;
+  size_t size;
+  size_t capacity;
 };
 __attribute__((tls_model("initial-exec"))) thread_local Teardown tTeardown;
+
+// A scalar element frees no other element, so it may go at once without deepening anything.
+bool isLeaf(const IElementValueBase* e) {
+  const ElementValue* ev = zrad::json::asElement(e);
+  if (!ev) return false;
+  int kind = zrad::json::kindOf(ElementAccess::type(*ev));
+  return kind != etArray && kind != etObject;
+}
+
+void queue(Teardown& t, IElementValueBase* e) {
+  if (t.size == t.capacity) {
+    size_t grown = t.capacity ? t.capacity * 2 : 256;
+    void* p = std::realloc(t.pending, grown * sizeof(IElementValueBase*));
+    if (!p) throw ZrError(Zrad::eOutOfMemory);
+    t.pending = static_cast<IElementValueBase**>(p);
+    t.capacity = grown;
+  }
+  t.pending[t.size++] = e;
+}
 
 void destroy(IElementValueBase* e) {
   Teardown& t = tTeardown;
   if (t.running) {
-    t.pending.push_back(e);
+    if (isLeaf(e)) delete e;
+    else queue(t, e);
     return;
   }
   t.running = true;
   delete e;
-  while (!t.pending.empty()) {
-    IElementValueBase* next = t.pending.back();
-    t.pending.pop_back();
-    delete next;
-  }
-  t.running = false;
+  while (t.size) delete t.pending[--t.size];
+  std::free(t.pending);
+  t = Teardown{};
 }
 
 }  // namespace
