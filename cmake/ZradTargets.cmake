@@ -6,6 +6,7 @@
 #     test_json, linked with the objects of json and everything it depends on, run by ctest
 #   zrad_add_bench(json_bench SOURCES ... [LIBS ...])   Google Benchmark program on libzradutils
 #   zrad_add_fuzz(json_text SOURCES ... SUBSYSTEMS json)  libFuzzer target
+#   zrad_add_family_dirs()  adds every subdirectory of the current one that has a CMakeLists.txt
 
 function(zrad_add_subsystem name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;LIBS" ${ARGN})
@@ -70,4 +71,13 @@ function(zrad_add_fuzz name)
   target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
   _zrad_link_subsystems(fuzz_${name} ${ARG_SUBSYSTEMS})
   target_link_libraries(fuzz_${name} PRIVATE ${ARG_LIBS})
+endfunction()
+
+function(zrad_add_family_dirs)
+  file(GLOB dirs LIST_DIRECTORIES true CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*)
+  foreach(dir IN LISTS dirs)
+    if(EXISTS ${dir}/CMakeLists.txt)
+      add_subdirectory(${dir})
+    endif()
+  endforeach()
 endfunction()
