@@ -24,10 +24,6 @@ bool isWalkable(const IElementValueBase& e) {
 
 bool isNullElement(const IElementValueBase& e) { return (e.getType() & etNullFlag) != 0; }
 
-}  // namespace
-
-namespace {
-
 // The member that `segment` selects in the Object or Array `e`, borrowed: no reference is
 // taken. The tree's own elements are searched in place (no name copy, no count traffic); any
 // other implementation answers through its virtual lookup, and `held` keeps that answer alive.
