@@ -328,7 +328,8 @@ enum ZrContentMode {
 //   ("A", 5)  => FE FF 00 41
 ZRAD_EXPORT bool zrutWriteContentToFile(FILE* file, const ZrUtf8String& text, int mode);
 // Creates or truncates `path` and writes as above.
-ZRAD_EXPORT bool zrutWriteContentToFile(const ZrUtf8String& path, const ZrUtf8String& text, int mode);
+ZRAD_EXPORT bool zrutWriteContentToFile(const ZrUtf8String& path, const ZrUtf8String& text,
+                                        int mode);
 
 // ---------------------------------------------------------------------------------------------
 // Finding files.
@@ -338,7 +339,8 @@ ZRAD_EXPORT bool zrutWriteContentToFile(const ZrUtf8String& path, const ZrUtf8St
 ZRAD_EXPORT bool zrutFindFileInPaths(ZrUtf8String& name, const ZrArray<ZrUtf8String>& directories);
 ZRAD_EXPORT bool zrutFindFileInPathsW(ZrString& name, const ZrArray<ZrString>& directories);
 // The same, letter case ignored; `name` becomes the path as spelled on disk.
-ZRAD_EXPORT bool zrutFindFileInPathsNoCase(ZrUtf8String& name, const ZrArray<ZrUtf8String>& directories);
+ZRAD_EXPORT bool zrutFindFileInPathsNoCase(ZrUtf8String& name,
+                                           const ZrArray<ZrUtf8String>& directories);
 ZRAD_EXPORT bool zrutFindFileInPathsNoCaseW(ZrString& name, const ZrArray<ZrString>& directories);
 // Looks for `name` in `directory` ignoring ASCII letter case; on success `name` takes the
 // spelling of the first such entry. An empty directory is the current one.

@@ -28,8 +28,10 @@ TEST(CopyFile, CopiesBytesAndTimesIntoNewDirectories) {
   TestDir dir;
   std::string bytes;
   for (int i = 0; i < 3 * 1024 * 1024 + 17; ++i) bytes += static_cast<char>(i * 7 + i / 251);
-  const struct { const char* name; std::string content; } rows[] = {
-      {"big", bytes}, {"empty", ""}, {"中文名.dwg", "内容"}, {"one", "1"}};
+  const struct {
+    const char* name;
+    std::string content;
+  } rows[] = {{"big", bytes}, {"empty", ""}, {"中文名.dwg", "内容"}, {"one", "1"}};
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
     std::string from = dir / rows[i].name, to = dir / (std::string("out/x/") + rows[i].name);
     writeFile(from, rows[i].content);
@@ -48,9 +50,15 @@ TEST(CopyFile, RefusalsLeaveTheSourceWhole) {
   ASSERT_EQ(link((dir / "d/f").c_str(), (dir / "d/hard").c_str()), 0);
   writeFile(dir / "plain", "");
   const std::string refused[][2] = {
-      {dir / "d/f", dir / "d/f"},      {dir / "d/f", dir / "d/link"}, {dir / "d/f", dir / "d/hard"},
-      {dir / "d/link", dir / "d/f"},   {dir / "d/f", ""},             {"", dir / "x"},
-      {dir / "missing", dir / "x"},    {dir / "d/f", dir / "plain/x"}, {dir / "d/f", dir / "d"},
+      {dir / "d/f", dir / "d/f"},
+      {dir / "d/f", dir / "d/link"},
+      {dir / "d/f", dir / "d/hard"},
+      {dir / "d/link", dir / "d/f"},
+      {dir / "d/f", ""},
+      {"", dir / "x"},
+      {dir / "missing", dir / "x"},
+      {dir / "d/f", dir / "plain/x"},
+      {dir / "d/f", dir / "d"},
   };
   for (size_t i = 0; i < sizeof refused / sizeof refused[0]; ++i) {
     EXPECT_FALSE(zrutCopyFile(refused[i][0].c_str(), refused[i][1].c_str())) << "row " << i;

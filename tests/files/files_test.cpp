@@ -44,9 +44,13 @@ TEST(FileAttributes, KindsSizesModesAndSixtyFourBitSizes) {
   EXPECT_EQ(zrutGetFileSize((dir / "big").c_str()), fiveGiB);
 
   // mode => zrutIsDir flag 1, flag 2, and zrutFileIsReadOnly of a file with that mode.
-  struct Row { mode_t mode; bool writable, readable, readOnly; };
-  const Row rows[] = {{0700, true, true, false}, {0500, false, true, false}, {0300, true, false, false},
-                      {0400, false, true, true}, {0600, true, true, false},  {0000, false, false, false}};
+  struct Row {
+    mode_t mode;
+    bool writable, readable, readOnly;
+  };
+  const Row rows[] = {{0700, true, true, false},  {0500, false, true, false},
+                      {0300, true, false, false}, {0400, false, true, true},
+                      {0600, true, true, false},  {0000, false, false, false}};
   ASSERT_EQ(mkdir((dir / "d").c_str(), 0700), 0);
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
     chmod((dir / "d").c_str(), rows[i].mode);
@@ -73,13 +77,17 @@ TEST(FileAttributes, SymbolicLinksAndInodes) {
   EXPECT_EQ(small[0], '?');
   EXPECT_FALSE(isSymbolicLink((dir / "a").c_str(), target, &length));
 
-  struct Row { std::string a, b; bool expected; };
+  struct Row {
+    std::string a, b;
+    bool expected;
+  };
   const Row rows[] = {{dir / "a/b/c", dir / "a", true},  {dir / "a/b/c/f", dir / "a", true},
                       {dir / "a", dir / "a", true},      {dir / "a", dir / "a/b", false},
                       {dir / "a/b", dir / "l/c", false}, {"", dir / "a", false},
                       {dir / "nope", dir / "a", false}};
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i)
-    EXPECT_EQ(isSubDirOrSameDirByInode(rows[i].a.c_str(), rows[i].b.c_str()), rows[i].expected) << "row " << i;
+    EXPECT_EQ(isSubDirOrSameDirByInode(rows[i].a.c_str(), rows[i].b.c_str()), rows[i].expected)
+        << "row " << i;
 }
 
 TEST(FindFirst, ListsEveryEntryWithItsKindAndSize) {
@@ -99,7 +107,8 @@ TEST(FindFirst, ListsEveryEntryWithItsKindAndSize) {
   ASSERT_EQ(seen.size(), 5u);
   EXPECT_EQ(seen["file"], std::make_pair(0u, int64_t(5)));
   EXPECT_EQ(seen["link"], std::make_pair(kFindAttribLink, int64_t(5)));  // size of the target
-  for (const char* name : {".", "..", "sub"}) EXPECT_EQ(seen[name].first, kFindAttribDirectory) << name;
+  for (const char* name : {".", "..", "sub"})
+    EXPECT_EQ(seen[name].first, kFindAttribDirectory) << name;
 
   EXPECT_EQ(findfirstUtf8((dir / "file").c_str(), &record), -1);
   EXPECT_EQ(findnextUtf8(-1, &record), -1);
@@ -129,12 +138,14 @@ TEST(FileTree, CreateCleanAndRemoveNeverFollowLinks) {
 }
 
 TEST(FileContent, DecodesMarksAndEncodesModes) {
-  struct Row { std::string bytes, text; };
+  struct Row {
+    std::string bytes, text;
+  };
   const Row decoded[] = {
       {bytesOf({0xFE, 0xFF, 0x00, 0x41}), "A"},
       {bytesOf({0xFF, 0xFE, 0x41, 0x00, 0x2D, 0x4E}), "A\xE4\xB8\xAD"},
       {bytesOf({0xFF, 0xFE, 0x3D, 0xD8, 0x00, 0xDE}), "\xF0\x9F\x98\x80"},  // a surrogate pair
-      {bytesOf({0xFE, 0xFF, 0x00, 0x41, 0x00}), "A"},                        // odd byte dropped
+      {bytesOf({0xFE, 0xFF, 0x00, 0x41, 0x00}), "A"},                       // odd byte dropped
       {bytesOf({0xEF, 0xBB, 0xBF, 0x41}), "A"},
       {bytesOf({0xEF, 0xBB, 0x41}), bytesOf({0xEF, 0xBB, 0x41})},
       {bytesOf({0xFE}), bytesOf({0xFE})},
@@ -153,7 +164,8 @@ TEST(FileContent, DecodesMarksAndEncodesModes) {
                                  bytesOf({0xFF, 0xFE, 0x41, 0x00})};
   for (int mode = 0; mode < 8; ++mode)
     EXPECT_EQ(zrad::files::encodeContent("A", mode), encoded[mode]) << "mode " << mode;
-  EXPECT_EQ(zrad::files::encodeContent("\xF0\x9F\x98\x80", 2), bytesOf({0x00, 0xF6}));  // low 16 bits
+  EXPECT_EQ(zrad::files::encodeContent("\xF0\x9F\x98\x80", 2),
+            bytesOf({0x00, 0xF6}));  // low 16 bits
 }
 
 TEST(FileContent, RoundTripsThroughFilesAndPipes) {
@@ -182,7 +194,10 @@ TEST(StreamString, LengthPrefixedTextAndBadCounts) {
   for (const char* text : texts) EXPECT_EQ(zrutRdUtf8String(stream.get()), text);
   // count => text read and the position after it: a count over the limit or over what the
   // stream holds reads nothing more.
-  struct Row { uint32_t count; uint64_t positionAfter; };
+  struct Row {
+    uint32_t count;
+    uint64_t positionAfter;
+  };
   const Row rows[] = {{0x20000001u, 4}, {0xFFFFFFFFu, 4}, {100u, 4}, {3u, 7}};
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
     ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
@@ -195,7 +210,11 @@ TEST(StreamString, LengthPrefixedTextAndBadCounts) {
 }
 
 TEST(ShellCommands, PlainPathsKeepTheirFormAndOthersAreQuoted) {
-  struct Row { const char* path; const char* lsof; const char* open; };
+  struct Row {
+    const char* path;
+    const char* lsof;
+    const char* open;
+  };
   const Row rows[] = {
       {"/tmp/a.dwg", "lsof -c zrad | grep \"/tmp/a.dwg\"", "xdg-open /tmp/a.dwg"},
       {"/tmp/图纸.pdf", "lsof -c zrad | grep \"/tmp/图纸.pdf\"", "xdg-open /tmp/图纸.pdf"},
@@ -214,9 +233,12 @@ TEST(ShellCommands, HostilePathsNeverRunASecondCommand) {
   TestDir dir;
   const std::string marker = dir / "ran";
   const std::string hostile[] = {
-      "a\"; touch " + marker + "; echo \"", "a'; touch " + marker + "; echo '",
-      "$(touch " + marker + ")",            "`touch " + marker + "`",
-      "a\ntouch " + marker,                 "a | touch " + marker,
+      "a\"; touch " + marker + "; echo \"",
+      "a'; touch " + marker + "; echo '",
+      "$(touch " + marker + ")",
+      "`touch " + marker + "`",
+      "a\ntouch " + marker,
+      "a | touch " + marker,
       "'\"'\"$(touch " + marker + ")\"'",
   };
   for (size_t i = 0; i < sizeof hostile / sizeof hostile[0]; ++i) {
@@ -258,7 +280,11 @@ TEST(Process, TemporaryNamesAndTheLibraryPath) {
 TEST(CaseInsensitiveLookup, FindsTheSpellingOnDisk) {
   TestDir dir;
   writeFile(dir / "Alpha/beta/Gamma.TXT", "x");
-  struct Row { std::string asked; bool found; std::string spelled; };
+  struct Row {
+    std::string asked;
+    bool found;
+    std::string spelled;
+  };
   const Row rows[] = {
       {dir / "alpha/BETA/gamma.txt", true, dir / "Alpha/beta/Gamma.TXT"},
       {dir / "ALPHA/./beta/../beta/", true, dir / "Alpha/beta/"},
@@ -268,7 +294,8 @@ TEST(CaseInsensitiveLookup, FindsTheSpellingOnDisk) {
   };
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
     ZrUtf8String spelled("unchanged");
-    EXPECT_EQ(zrutIsExistFileNoCaseSensitive(rows[i].asked.c_str(), spelled), rows[i].found) << "row " << i;
+    EXPECT_EQ(zrutIsExistFileNoCaseSensitive(rows[i].asked.c_str(), spelled), rows[i].found)
+        << "row " << i;
     EXPECT_EQ(spelled.str(), rows[i].found ? rows[i].spelled : "unchanged") << "row " << i;
   }
   ZrArray<ZrUtf8String> dirs;

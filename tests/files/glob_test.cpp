@@ -36,11 +36,14 @@ TEST(Glob, FlagsChooseFilesDirectoriesAndDepth) {
   TestDir dir;
   makeTree(dir);
   using Names = std::set<std::string>;
-  struct Row { const char* pattern; int flags; Names expected; };
+  struct Row {
+    const char* pattern;
+    int flags;
+    Names expected;
+  };
   const Row rows[] = {
       {"*.txt", kGlobFiles, {"a.txt", "图纸.txt"}},
-      {"*.txt", kGlobFiles | kGlobRecursive,
-       {"a.txt", "图纸.txt", "sub/c.txt", "sub/deep/d.txt"}},
+      {"*.txt", kGlobFiles | kGlobRecursive, {"a.txt", "图纸.txt", "sub/c.txt", "sub/deep/d.txt"}},
       {"*.txt", kGlobDirs, {"sub.txt"}},
       {"*", kGlobDirs, {"sub", "sub.txt"}},
       {"*", kGlobDirs | kGlobDotDirs, {".", "..", "sub", "sub.txt"}},

@@ -31,5 +31,7 @@ std::string readFile(const std::string& path);
 bool exists(const std::string& path);
 
 // Shows platform strings as text in failure messages.
-inline void PrintTo(const ZrUtf8String& text, std::ostream* out) { *out << '"' << text.str() << '"'; }
+inline void PrintTo(const ZrUtf8String& text, std::ostream* out) {
+  *out << '"' << text.str() << '"';
+}
 inline void PrintTo(const ZrString& text, std::ostream* out) { PrintTo(ZrUtf8String(text), out); }

@@ -17,8 +17,10 @@ ZrUtf8String utf16ToUtf8(const std::string& bytes, size_t start, bool bigEndian)
     unsigned char hi = static_cast<unsigned char>(bytes[bigEndian ? i : i + 1]);
     unsigned char lo = static_cast<unsigned char>(bytes[bigEndian ? i + 1 : i]);
     wchar_t unit = static_cast<wchar_t>(hi << 8 | lo);
-    if (unit >= 0xDC00 && unit <= 0xDFFF && !wide.empty() && wide.back() >= 0xD800 && wide.back() <= 0xDBFF)
-      wide.back() = static_cast<wchar_t>(0x10000 + ((wide.back() - 0xD800) << 10) + (unit - 0xDC00));
+    if (unit >= 0xDC00 && unit <= 0xDFFF && !wide.empty() && wide.back() >= 0xD800 &&
+        wide.back() <= 0xDBFF)
+      wide.back() =
+          static_cast<wchar_t>(0x10000 + ((wide.back() - 0xD800) << 10) + (unit - 0xDC00));
     else
       wide += unit;
   }

@@ -1,8 +1,10 @@
 // Byte-order marks: turning file bytes into UTF-8 text and text into the bytes of an encoding.
 //
-// Pure text work behind zrutReadContent and zrutWriteContentToFile.
+// The text work behind zrutReadContent and zrutWriteContentToFile, and the one stdio read
+// loop the files subsystem uses.
 #pragma once
 
+#include <cstdio>
 #include <string>
 
 #include <zrplatform/strings.h>
@@ -21,5 +23,8 @@ ZrUtf8String decodeContent(const std::string& bytes);
 //   ("A", 0) => 41      ("A", 1) => EF BB BF 41      ("A", 3) => FF FE 41 00
 //   ("A", 4) => 00 41   ("A", 7) => FF FE 41 00 (bits: mark, little-endian)
 std::string encodeContent(const ZrUtf8String& text, int mode);
+
+// Everything from the stream's position to its end (a file or a pipe).
+std::string readToEnd(FILE* stream);
 
 }  // namespace zrad::files

@@ -9,18 +9,13 @@
 
 #include "files/content.h"
 
-namespace {
-
-// Everything from the current position to the end.
-std::string readRest(FILE* file) {
+std::string zrad::files::readToEnd(FILE* stream) {
   std::string bytes;
   char block[65536];
   size_t n;
-  while ((n = fread(block, 1, sizeof block, file)) > 0) bytes.append(block, n);
+  while ((n = fread(block, 1, sizeof block, stream)) > 0) bytes.append(block, n);
   return bytes;
 }
-
-}  // namespace
 
 FILE* fopenUTF8(const char* path, const char* mode) {
   if (!path || !mode) return nullptr;
@@ -30,7 +25,7 @@ FILE* fopenUTF8(const char* path, const char* mode) {
 ZrUtf8String zrutReadContent(FILE* file) {
   if (!file) return ZrUtf8String();
   int64_t size = filelength(fileno(file));
-  std::string bytes = readRest(file);
+  std::string bytes = zrad::files::readToEnd(file);
   if (size == 0) return ZrUtf8String(std::move(bytes));
   return zrad::files::decodeContent(bytes);
 }

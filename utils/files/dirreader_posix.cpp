@@ -49,6 +49,12 @@ ZrUtf8String childPath(const ZrUtf8String& directory, const char* name) {
   return path;
 }
 
+ZrUtf8String withoutTrailingSlashes(const ZrUtf8String& path) {
+  int n = path.length();
+  while (n > 1 && path[n - 1] == '/') --n;
+  return path.left(n);
+}
+
 bool isDotOrDotDot(const char* name) {
   return name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0));
 }

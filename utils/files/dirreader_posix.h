@@ -40,6 +40,10 @@ const dirent* readEntry(DIR* dir);
 //   ("d", "f") => "d/f"     ("d/", "f") => "d/f"     ("", "f") => "f"
 ZrUtf8String childPath(const ZrUtf8String& directory, const char* name);
 
+// The path without trailing "/" (the root stays "/"), so lstat looks at a link itself.
+//   "d/l/" => "d/l"     "/" => "/"
+ZrUtf8String withoutTrailingSlashes(const ZrUtf8String& path);
+
 // "." or "..".
 bool isDotOrDotDot(const char* name);
 

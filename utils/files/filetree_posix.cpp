@@ -21,6 +21,7 @@
 using zrad::files::childPath;
 using zrad::files::DirReader;
 using zrad::files::isDotOrDotDot;
+using zrad::files::withoutTrailingSlashes;
 
 static const char kLogSource[] = "utils/zrfiletools";
 
@@ -31,17 +32,11 @@ bool isSymlink(const ZrUtf8String& path) {
   return lstat(path.c_str(), &st) == 0 && S_ISLNK(st.st_mode);
 }
 
-// The path without trailing "/" (the root stays "/"), so lstat looks at a link itself.
-ZrUtf8String withoutTrailingSlashes(ZrUtf8String path) {
-  int n = path.length();
-  while (n > 1 && path[n - 1] == '/') --n;
-  return path.left(n);
-}
-
 // True when `path` names the same file as `st` (links followed).
 bool isSameFile(const ZrUtf8String& path, const struct stat& st) {
   struct stat other;
-  return ::stat(path.c_str(), &other) == 0 && other.st_dev == st.st_dev && other.st_ino == st.st_ino;
+  return ::stat(path.c_str(), &other) == 0 && other.st_dev == st.st_dev &&
+         other.st_ino == st.st_ino;
 }
 
 // True when `destination`, or the closest of its ancestors that exists, is `source` or lies in
@@ -64,20 +59,28 @@ bool copyLink(const ZrUtf8String& source, const ZrUtf8String& destination) {
          symlink(target.data(), destination.c_str()) == 0;
 }
 
-// Copies the entries of `source` into `destination`, which is created.
-bool copyTree(const ZrUtf8String& source, const ZrUtf8String& destination) {
+// Creates `destination` and calls step(from, to, entry type) for each entry of `source`
+// ("." and ".." skipped), stopping at the first step that fails.
+template <class Step>
+bool eachEntryInto(const ZrUtf8String& source, const ZrUtf8String& destination, Step step) {
   DirReader listing(source.c_str());
   if (!listing.isOpen() || !zrutCreateDir(destination)) return false;
   while (const dirent* entry = listing.next()) {
     if (isDotOrDotDot(entry->d_name)) continue;
-    ZrUtf8String from = childPath(source, entry->d_name);
-    ZrUtf8String to = childPath(destination, entry->d_name);
-    bool copied = entry->d_type == DT_DIR   ? copyTree(from, to)
-                  : entry->d_type == DT_LNK ? copyLink(from, to)
-                                            : zrutCopyFile(from, to);
-    if (!copied) return false;
+    if (!step(childPath(source, entry->d_name), childPath(destination, entry->d_name),
+              entry->d_type))
+      return false;
   }
   return true;
+}
+
+// Copies the entries of `source` into `destination`, which is created.
+bool copyTree(const ZrUtf8String& source, const ZrUtf8String& destination) {
+  return eachEntryInto(source, destination,
+                       [](const ZrUtf8String& from, const ZrUtf8String& to, unsigned char type) {
+                         if (type == DT_DIR) return copyTree(from, to);
+                         return type == DT_LNK ? copyLink(from, to) : zrutCopyFile(from, to);
+                       });
 }
 
 // Moves one entry that is not a directory: rename, or copy and then remove the source; when the
@@ -95,22 +98,17 @@ bool moveTree(const ZrUtf8String& source, const ZrUtf8String& destination);
 
 // Moves a whole directory: one rename when the destination is free, else entry by entry.
 bool moveDirectory(const ZrUtf8String& source, const ZrUtf8String& destination) {
-  if (!zrutIsExistFile(destination) && rename(source.c_str(), destination.c_str()) == 0) return true;
+  if (!zrutIsExistFile(destination) && rename(source.c_str(), destination.c_str()) == 0)
+    return true;
   return moveTree(source, destination) && rmdir(source.c_str()) == 0;
 }
 
 // Moves the entries of `source` into `destination` (created); `source` stays, emptied.
 bool moveTree(const ZrUtf8String& source, const ZrUtf8String& destination) {
-  DirReader listing(source.c_str());
-  if (!listing.isOpen() || !zrutCreateDir(destination)) return false;
-  while (const dirent* entry = listing.next()) {
-    if (isDotOrDotDot(entry->d_name)) continue;
-    ZrUtf8String from = childPath(source, entry->d_name);
-    ZrUtf8String to = childPath(destination, entry->d_name);
-    bool moved = entry->d_type == DT_DIR ? moveDirectory(from, to) : moveEntry(from, to);
-    if (!moved) return false;
-  }
-  return true;
+  return eachEntryInto(source, destination,
+                       [](const ZrUtf8String& from, const ZrUtf8String& to, unsigned char type) {
+                         return type == DT_DIR ? moveDirectory(from, to) : moveEntry(from, to);
+                       });
 }
 
 }  // namespace

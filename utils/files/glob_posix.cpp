@@ -39,7 +39,8 @@ class GlobWalk {
       uint32_t attrib = zrad::files::findAttribOf(entry->d_type);
       bool dots = isDotOrDotDot(entry->d_name);
       if (attrib & kFindAttribDirectory) {
-        if ((m_flags & kGlobDirs) && (!dots || (m_flags & kGlobDotDirs)) && m_match(name, m_pattern))
+        if ((m_flags & kGlobDirs) && (!dots || (m_flags & kGlobDotDirs)) &&
+            m_match(name, m_pattern))
           collect(dir, listedIndex, prefix, entry, attrib);
         if (!dots && (m_flags & kGlobRecursive)) descend(dir, listed, prefix, name);
       } else if ((m_flags & kGlobFiles) && m_match(name, m_pattern)) {
@@ -89,11 +90,18 @@ class GlobWalk {
 
   void collect(DirReader& dir, int listedIndex, const ZrUtf8String& prefix, const dirent* entry,
                uint32_t attrib) {
-    ZrUtf8String name = prefix.isEmpty() ? ZrUtf8String(entry->d_name)
-                                         : zrutCombinePath(prefix, entry->d_name);
+    ZrUtf8String name =
+        prefix.isEmpty() ? ZrUtf8String(entry->d_name) : zrutCombinePath(prefix, entry->d_name);
     if (name.length() + 1 >= kMaxFindName) return;
-    Hit hit{m_names.size(), static_cast<size_t>(name.length()), listedIndex, attrib, entry->d_ino,
-            0, 0, 0, 0};
+    Hit hit{m_names.size(),
+            static_cast<size_t>(name.length()),
+            listedIndex,
+            attrib,
+            entry->d_ino,
+            0,
+            0,
+            0,
+            0};
     m_names += name.str();
     struct stat st;
     if (fstatat(dir.fd(), entry->d_name, &st, 0) == 0) {
@@ -141,14 +149,9 @@ ZrUtf8String joined(const ZrUtf8String& prefix, const ZrUtf8String& name) {
 // The path made of the first `count` parts of a split path (parts[0] "/" for a rooted one).
 ZrUtf8String prefixOf(const ZrArray<ZrUtf8String>& parts, int count) {
   ZrUtf8String prefix;
-  for (int i = 0; i < count; ++i) prefix = parts[i] == "/" && i == 0 ? parts[i] : joined(prefix, parts[i]);
+  for (int i = 0; i < count; ++i)
+    prefix = parts[i] == "/" && i == 0 ? parts[i] : joined(prefix, parts[i]);
   return prefix;
-}
-
-ZrUtf8String stripTrailingSlashes(ZrUtf8String path) {
-  int n = path.length();
-  while (n > 1 && path[n - 1] == '/') --n;
-  return path.left(n);
 }
 
 }  // namespace
@@ -194,7 +197,7 @@ bool zrutIsExistFileNoCaseSensitive(const ZrUtf8String& path, ZrUtf8String& real
     return true;
   }
   ZrArray<ZrUtf8String> parts;
-  zrutSplitPath(stripTrailingSlashes(formatted), parts);
+  zrutSplitPath(zrad::files::withoutTrailingSlashes(formatted), parts);
   // Walk up to the longest prefix that exists; the root and the empty prefix (the current
   // directory) always do.
   bool rooted = !parts.isEmpty() && parts[0] == "/";

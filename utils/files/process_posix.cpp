@@ -8,6 +8,7 @@
 
 #include <zrad/files.h>
 
+#include "files/content.h"
 #include "files/shellcommand.h"
 #include "log/logmsg.h"
 
@@ -41,15 +42,6 @@ ZrUtf8String nameFor(const ZrUtf8String& format, unsigned counter) {
       name += c;
   }
   return name;
-}
-
-// Reads a stream to its end.
-std::string readAll(FILE* stream) {
-  std::string bytes;
-  char block[4096];
-  size_t n;
-  while ((n = fread(block, 1, sizeof block, stream)) > 0) bytes.append(block, n);
-  return bytes;
 }
 
 }  // namespace
@@ -87,10 +79,10 @@ ZrUtf8String zrutPipeCmd(const ZrUtf8String& command, ZrUtf8String& errorText) {
     ZRAD_LOG(3, kLogSource, "%s", errorText.c_str());
     return ZrUtf8String();
   }
-  std::string output = readAll(pipe);
+  std::string output = zrad::files::readToEnd(pipe);
   pclose(pipe);
   if (FILE* captured = errorFile.isEmpty() ? nullptr : fopen(errorFile.c_str(), "rb")) {
-    errorText += ZrUtf8String(readAll(captured));
+    errorText += ZrUtf8String(zrad::files::readToEnd(captured));
     fclose(captured);
     remove(errorFile.c_str());
   }
