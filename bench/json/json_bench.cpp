@@ -151,20 +151,11 @@ void writeRapid(benchmark::State& state, int which) {
   bytes(state, n);
 }
 
-void binWrite(benchmark::State& state, int which) {
+void writeStream(benchmark::State& state, int which, ZrJson::fileFormat format) {
   ZrJson tree(ZrJson::readjson(ZrUtf8String(doc(which).text)));
   for (auto _ : state) {
     ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
-    tree.write2Stream(s.get(), ZrJson::eBinary);
-    benchmark::DoNotOptimize(s->length());
-  }
-}
-
-void textWrite(benchmark::State& state, int which) {
-  ZrJson tree(ZrJson::readjson(ZrUtf8String(doc(which).text)));
-  for (auto _ : state) {
-    ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
-    tree.write2Stream(s.get(), ZrJson::eJsonText);
+    tree.write2Stream(s.get(), format);
     benchmark::DoNotOptimize(s->length());
   }
 }
@@ -202,8 +193,8 @@ const bool kRegistered = [] {
     benchmark::RegisterBenchmark(("read_" + name + "/nlohmann").c_str(), readNlohmann, which);
     benchmark::RegisterBenchmark(("write_" + name + "/zrad").c_str(), writeZrad, which);
     benchmark::RegisterBenchmark(("write_" + name + "/rapidjson").c_str(), writeRapid, which);
-    benchmark::RegisterBenchmark(("binwrite_" + name + "/zrad").c_str(), binWrite, which);
-    benchmark::RegisterBenchmark(("binwrite_" + name + "/text").c_str(), textWrite, which);
+    benchmark::RegisterBenchmark(("binwrite_" + name + "/zrad").c_str(), writeStream, which, ZrJson::eBinary);
+    benchmark::RegisterBenchmark(("binwrite_" + name + "/text").c_str(), writeStream, which, ZrJson::eJsonText);
     benchmark::RegisterBenchmark(("binread_" + name + "/zrad").c_str(), binRead, which);
     benchmark::RegisterBenchmark(("binread_" + name + "/text").c_str(), textRead, which);
   }

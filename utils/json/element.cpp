@@ -1,7 +1,7 @@
 // ElementValue: kinds, storage life cycle, getters with their conversions, setters, and the
 // property and array operations.
 //
-// Containers and strings own a block from element_store.h in the value word (null means empty);
+// Containers and strings own a pool block from element_store.h in the value word (null: empty);
 // the byte block of kind 0x05 owns a malloc'd buffer in the second word.
 #include <cinttypes>
 #include <cmath>
@@ -32,7 +32,7 @@ unsigned long long truncateToUint64(double d) {
 
 void replaceText(void*& slot, std::string_view text) {
   TextStore* fresh = makeText(text);
-  std::free(slot);
+  freeText(static_cast<TextStore*>(slot));
   slot = fresh;
 }
 
@@ -56,7 +56,7 @@ void ElementValue::freePointerValue() {
   switch (kindOf(m_type)) {
     case etArray: freeItems(static_cast<ItemStore*>(m_value.p)); break;
     case etObject: freeEntries(static_cast<ObjectStore*>(m_value.p)); break;
-    case etString: std::free(m_value.p); break;
+    case etString: freeText(static_cast<TextStore*>(m_value.p)); break;
     case etByteBlock: std::free(reinterpret_cast<void*>(m_second)); break;
     case etOwnedPointer: if (m_value.p) zrrxFree(m_value.p); break;
     case etRxObjectPointer: if (m_value.p) zrrxRelease(static_cast<ZrRxObject*>(m_value.p)); break;

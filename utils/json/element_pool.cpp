@@ -1,10 +1,13 @@
-// The element pool: fixed-size blocks for ElementValue, cached per thread.
+// The element pool: small blocks for elements, names, texts and member lists, cached per thread.
 //
-// Trees are built and dropped constantly, node by node, so each thread keeps a free list and
-// trades whole batches with a shared stock under a mutex; a thread that frees what another
-// built hands the surplus back, so memory stays bounded by the peak number of live elements.
-// Chunks are kept for the life of the process. Sanitizer builds use plain new and delete so
-// that use-after-free is still caught.
+// Trees are built and dropped constantly, block by block, so each thread keeps a free list per
+// size class (32, 64, 128 and 256 bytes) and trades whole batches with a shared stock under a
+// mutex; a thread that frees what another built hands the surplus back, so memory stays
+// bounded by the peak of live blocks. Chunks are kept for the life of the process. Larger
+// blocks, and every block in sanitizer builds (so use-after-free is still caught), come from
+// malloc.
+#include "json/element_pool.h"
+
 #include <cstdlib>
 #include <mutex>
 #include <new>
@@ -12,6 +15,7 @@
 
 #include <zrad/json.h>
 
+namespace zrad::json {
 namespace {
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -26,47 +30,55 @@ constexpr bool kPooled = true;
 constexpr bool kPooled = true;
 #endif
 
-constexpr size_t kNodeSize = sizeof(ElementValue);
-constexpr size_t kChunkNodes = 1024;
-constexpr size_t kBatch = 2048;
+constexpr int kClasses = 4;
+constexpr size_t kClassSize[kClasses] = {32, 64, 128, 256};
+constexpr size_t kBatchBytes = 64 * 1024;  // moved between a thread and the stock at once
+constexpr size_t kChunkBytes = 32 * 1024;
 
-struct FreeNode {
-  FreeNode* next;
+int classOf(size_t size) {
+  for (int c = 0; c < kClasses; ++c)
+    if (size <= kClassSize[c]) return c;
+  return -1;
+}
+
+struct FreeBlock {
+  FreeBlock* next;
 };
 
 struct Batch {
-  FreeNode* head;
+  FreeBlock* head;
   size_t count;
 };
 
 struct Stock {
   std::mutex mutex;
-  std::vector<Batch> batches;
+  std::vector<Batch> batches[kClasses];
   std::vector<void*> chunks;  // every chunk, so the memory stays reachable
 
-  // A batch of free nodes: a returned one, or a fresh chunk.
-  Batch take() {
+  // A batch of free blocks of class `c`: a returned one, or a fresh chunk.
+  Batch take(int c) {
     std::lock_guard<std::mutex> lock(mutex);
-    if (!batches.empty()) {
-      Batch b = batches.back();
-      batches.pop_back();
+    if (!batches[c].empty()) {
+      Batch b = batches[c].back();
+      batches[c].pop_back();
       return b;
     }
-    char* chunk = static_cast<char*>(std::malloc(kChunkNodes * kNodeSize));
+    char* chunk = static_cast<char*>(std::malloc(kChunkBytes));
     if (!chunk) throw std::bad_alloc();
     chunks.push_back(chunk);
-    FreeNode* head = nullptr;
-    for (size_t i = kChunkNodes; i-- > 0;) {
-      auto* n = reinterpret_cast<FreeNode*>(chunk + i * kNodeSize);
+    size_t count = kChunkBytes / kClassSize[c];
+    FreeBlock* head = nullptr;
+    for (size_t i = count; i-- > 0;) {
+      auto* n = reinterpret_cast<FreeBlock*>(chunk + i * kClassSize[c]);
       n->next = head;
       head = n;
     }
-    return {head, kChunkNodes};
+    return {head, count};
   }
-  void give(Batch b) {
+  void give(int c, Batch b) {
     if (!b.count) return;
     std::lock_guard<std::mutex> lock(mutex);
-    batches.push_back(b);
+    batches[c].push_back(b);
   }
 };
 
@@ -77,8 +89,8 @@ Stock& stock() {
 
 // Trivially destructible, so it stays usable while other thread-local objects are destroyed.
 struct Cache {
-  FreeNode* head;
-  size_t count;
+  FreeBlock* head[kClasses];
+  size_t count[kClasses];
   bool closed;  // the thread is exiting: go straight to the stock
 };
 // Initial-exec: the library is loaded with the program, and the general model would cost a
@@ -87,61 +99,72 @@ __attribute__((tls_model("initial-exec"))) thread_local Cache tCache;
 
 struct CacheCloser {
   ~CacheCloser() {
-    stock().give({tCache.head, tCache.count});
-    tCache = {nullptr, 0, true};
+    for (int c = 0; c < kClasses; ++c) stock().give(c, {tCache.head[c], tCache.count[c]});
+    tCache = Cache{};
+    tCache.closed = true;
   }
 };
 thread_local CacheCloser tCloser;
 
-void* takeNode() {
-  Cache& c = tCache;
-  if (!c.head) {
-    Batch b = stock().take();
-    if (c.closed) {
-      FreeNode* n = b.head;
-      stock().give({n->next, b.count - 1});
-      return n;
+void* take(int c) {
+  Cache& cache = tCache;
+  if (!cache.head[c]) {
+    Batch b = stock().take(c);
+    if (cache.closed) {
+      stock().give(c, {b.head->next, b.count - 1});
+      return b.head;
     }
     (void)&tCloser;  // registers the closer for this thread
-    c.head = b.head;
-    c.count = b.count;
+    cache.head[c] = b.head;
+    cache.count[c] = b.count;
   }
-  FreeNode* n = c.head;
-  c.head = n->next;
-  --c.count;
+  FreeBlock* n = cache.head[c];
+  cache.head[c] = n->next;
+  --cache.count[c];
   return n;
 }
 
-void giveNode(void* block) {
-  Cache& c = tCache;
-  auto* n = static_cast<FreeNode*>(block);
-  if (c.closed) {
+void give(int c, void* block) {
+  Cache& cache = tCache;
+  auto* n = static_cast<FreeBlock*>(block);
+  if (cache.closed) {
     n->next = nullptr;
-    stock().give({n, 1});
+    stock().give(c, {n, 1});
     return;
   }
-  n->next = c.head;
-  c.head = n;
-  if (++c.count < 2 * kBatch) return;
+  n->next = cache.head[c];
+  cache.head[c] = n;
+  const size_t batch = kBatchBytes / kClassSize[c];
+  if (++cache.count[c] < 2 * batch) return;
   // Hand a batch back so a thread that only frees does not hoard.
-  FreeNode* first = c.head;
-  FreeNode* last = first;
-  for (size_t i = 1; i < kBatch; ++i) last = last->next;
-  c.head = last->next;
+  FreeBlock* first = cache.head[c];
+  FreeBlock* last = first;
+  for (size_t i = 1; i < batch; ++i) last = last->next;
+  cache.head[c] = last->next;
   last->next = nullptr;
-  c.count -= kBatch;
-  stock().give({first, kBatch});
+  cache.count[c] -= batch;
+  stock().give(c, {first, batch});
 }
 
 }  // namespace
 
-void* ElementValue::operator new(size_t size) {
-  if (!kPooled || size != kNodeSize) return ::operator new(size);
-  return takeNode();
+void* poolAlloc(size_t size) {
+  int c = kPooled ? classOf(size) : -1;
+  if (c >= 0) return take(c);
+  void* p = std::malloc(size ? size : 1);
+  if (!p) throw ZrError(Zrad::eOutOfMemory);
+  return p;
 }
 
-void ElementValue::operator delete(void* block, size_t size) {
+void poolFree(void* block, size_t size) {
   if (!block) return;
-  if (!kPooled || size != kNodeSize) return ::operator delete(block);
-  giveNode(block);
+  int c = kPooled ? classOf(size) : -1;
+  if (c >= 0) give(c, block);
+  else std::free(block);
 }
+
+}  // namespace zrad::json
+
+void* ElementValue::operator new(size_t size) { return zrad::json::poolAlloc(size); }
+
+void ElementValue::operator delete(void* block, size_t size) { zrad::json::poolFree(block, size); }

@@ -1,20 +1,17 @@
 // Element storage: text blocks, property names, item and entry blocks.
 //
-// Blocks are plain malloc'd memory: entries and item pointers are trivially relocatable, so
-// growing is a realloc and sorting moves raw bytes.
+// Blocks come from the element pool; entries and item pointers are trivially relocatable, so
+// growing copies raw bytes and sorting moves them.
 #include "json/element_store.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <new>
+
+#include "json/element_pool.h"
 
 namespace zrad::json {
 namespace {
 
-void* checkedAlloc(void* p) {
-  if (!p) throw ZrError(Zrad::eOutOfMemory);
-  return p;
-}
+size_t blockBytes(size_t itemSize, uint32_t capacity) { return sizeof(Block<char>) + capacity * itemSize; }
 
 bool nameLess(const Entry& a, const Entry& b) {
   return compareNames(a.name.view(), b.name.view()) < 0;
@@ -22,9 +19,13 @@ bool nameLess(const Entry& a, const Entry& b) {
 
 }  // namespace
 
+void freeText(TextStore* text) {
+  if (text) poolFree(text, sizeof(TextStore) + text->size + 1);
+}
+
 TextStore* makeText(std::string_view text) {
   if (text.empty()) return nullptr;
-  auto* t = static_cast<TextStore*>(checkedAlloc(std::malloc(sizeof(TextStore) + text.size() + 1)));
+  auto* t = static_cast<TextStore*>(poolAlloc(sizeof(TextStore) + text.size() + 1));
   t->size = static_cast<uint32_t>(text.size());
   std::memcpy(t->data(), text.data(), text.size());
   t->data()[text.size()] = 0;
@@ -37,13 +38,13 @@ void makeName(Name& name, std::string_view text) {
     if (!text.empty()) std::memcpy(name.bytes, text.data(), text.size());
     return;
   }
-  char* heap = static_cast<char*>(checkedAlloc(std::malloc(text.size())));
+  char* heap = static_cast<char*>(poolAlloc(text.size()));
   std::memcpy(heap, text.data(), text.size());
   std::memcpy(name.bytes, &heap, sizeof heap);
 }
 
 void freeName(Name& name) {
-  if (name.size > Name::kInline) std::free(const_cast<char*>(name.view().data()));
+  if (name.size > Name::kInline) poolFree(const_cast<char*>(name.view().data()), name.size);
   name.size = 0;
 }
 
@@ -54,16 +55,25 @@ void* growBlock(void* block, size_t itemSize, uint32_t needed) {
   if (grown < needed) grown = needed;
   if (grown > 0x7FFFFFFF) grown = 0x7FFFFFFF;
   if (grown < needed) throw ZrError(Zrad::eOutOfMemory);
-  auto* b = static_cast<Block<char>*>(
-      checkedAlloc(std::realloc(block, sizeof(Block<char>) + grown * itemSize)));
-  if (!block) b->size = 0;
+  auto* b = static_cast<Block<char>*>(poolAlloc(blockBytes(itemSize, static_cast<uint32_t>(grown))));
+  b->size = 0;
+  if (block) {
+    auto* old = static_cast<Block<char>*>(block);
+    b->size = old->size;
+    std::memcpy(b->items(), old->items(), old->size * itemSize);
+    freeBlock(old, itemSize);
+  }
   b->capacity = static_cast<uint32_t>(grown);
   return b;
 }
 
+void freeBlock(void* block, size_t itemSize) {
+  if (block) poolFree(block, blockBytes(itemSize, static_cast<Block<char>*>(block)->capacity));
+}
+
 void* blockFrom(const void* items, size_t itemSize, uint32_t count) {
   if (count == 0) return nullptr;
-  auto* b = static_cast<Block<char>*>(checkedAlloc(std::malloc(sizeof(Block<char>) + count * itemSize)));
+  auto* b = static_cast<Block<char>*>(poolAlloc(blockBytes(itemSize, count)));
   b->size = b->capacity = count;
   std::memcpy(b->items(), items, count * itemSize);
   return b;
@@ -72,7 +82,7 @@ void* blockFrom(const void* items, size_t itemSize, uint32_t count) {
 void freeItems(ItemStore* store) {
   if (!store) return;
   for (uint32_t i = 0; i < store->size; ++i) releaseItem(store->items()[i]);
-  std::free(store);
+  freeBlock(store, sizeof(IElementValueBase*));
 }
 
 void freeEntries(ObjectStore* store) {
@@ -81,7 +91,7 @@ void freeEntries(ObjectStore* store) {
     freeName(store->items()[i].name);
     releaseItem(store->items()[i].value);
   }
-  std::free(store);
+  freeBlock(store, sizeof(Entry));
 }
 
 int findEntry(const ObjectStore* store, std::string_view name) {

@@ -2,8 +2,8 @@
 //
 // An Array holds an ItemStore (a counted block of element pointers), an Object an ObjectStore
 // (a flat block of entries kept sorted byte-wise by name, so lookups are binary searches and
-// enumeration is by index), a String a TextStore. Every block is one malloc'd allocation; a
-// null block stands for empty storage. Each stored element pointer owns one reference.
+// enumeration is by index), a String a TextStore. Every block is one allocation from the
+// element pool; a null block stands for empty storage. Each stored element pointer owns one reference.
 #pragma once
 
 #include <cstdint>
@@ -69,6 +69,7 @@ struct TextStore {
 
 // A new block holding `text`; null for empty text.
 TextStore* makeText(std::string_view text);
+void freeText(TextStore* text);
 inline std::string_view textOf(const TextStore* t) {
   return t ? std::string_view(const_cast<TextStore*>(t)->data(), t->size) : std::string_view();
 }
@@ -96,6 +97,8 @@ void freeName(Name& name);
 // strcmp order on the UTF-8 bytes (a shorter prefix first).
 inline int compareNames(std::string_view a, std::string_view b) {
   size_t n = a.size() < b.size() ? a.size() : b.size();
+  // Most names differ in their first byte; settle that without a call.
+  if (n && a[0] != b[0]) return static_cast<unsigned char>(a[0]) < static_cast<unsigned char>(b[0]) ? -1 : 1;
   int c = n ? std::memcmp(a.data(), b.data(), n) : 0;
   if (c != 0) return c;
   return a.size() < b.size() ? -1 : (a.size() > b.size() ? 1 : 0);
@@ -123,6 +126,8 @@ using ObjectStore = Block<Entry>;
 void* growBlock(void* block, size_t itemSize, uint32_t needed);
 // A block with exactly `count` items copied from `items`; null when count is 0.
 void* blockFrom(const void* items, size_t itemSize, uint32_t count);
+// Frees a block (not its items); null is accepted.
+void freeBlock(void* block, size_t itemSize);
 
 inline uint32_t sizeOf(const void* block) {
   return block ? static_cast<const Block<char>*>(block)->size : 0;
