@@ -11,6 +11,10 @@
 // the limit, so a tree at the limit is handled on a thread with a 1 MiB stack; destruction does
 // not recurse at all.
 //
+// Hostile numbers: the JSON readers refuse a text holding a number whose exponent has more than
+// 8 digits (and, in texts of 128 MiB or more, one with more than 100 million digits), since the
+// parser's exponent arithmetic would overflow on it:  [1e-000000001] => parse error.
+//
 // The virtual operations are declared in a fixed slot order that other modules call through:
 // never reorder them or insert new ones between them.
 #pragma once
