@@ -2,10 +2,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
 #include <set>
 #include <string>
+#include <tuple>
 
 #include <gtest/gtest.h>
 #include <zrad/files.h>
@@ -66,35 +66,24 @@ TEST(Glob, RecordsCarryKindSizeDirectoryAndOrder) {
   makeTree(dir);
   ZrFindDataArray found;
   found.setLogicalLength(1);  // the array is appended to, not cleared
-  int count = zrutGlob((dir / "d").c_str(), "*", found, kGlobFiles | kGlobDirs | kGlobRecursive);
+  const int flags = kGlobFiles | kGlobDirs | kGlobRecursive;
+  const int count = zrutGlob((dir / "d").c_str(), "*", found, flags);
   EXPECT_EQ(count, found.length());
-  int subAt = -1, cAt = -1;
-  for (int i = 1; i < found.length(); ++i) {
-    const _finddata_t& r = found[i];
-    std::string name = r.name;
-    if (name == "sub") {
-      subAt = i;
-      EXPECT_EQ(r.attrib, kFindAttribDirectory);
-    }
-    if (name == "sub/c.txt") {
-      cAt = i;
-      EXPECT_EQ(r.size, 3);
-      EXPECT_EQ(r.attrib, 0u);
-      EXPECT_EQ(std::string(r.directory), dir / "d/sub");
-      struct stat st;
-      ASSERT_EQ(stat((dir / "d/sub/c.txt").c_str(), &st), 0);
-      EXPECT_EQ(r.inode, st.st_ino);
-      EXPECT_EQ(r.time_write, st.st_mtime);
-    }
-    if (name == "link") {
-      EXPECT_EQ(r.attrib, kFindAttribLink);
-    }
-    if (name == "a.txt") {
-      EXPECT_EQ(std::string(r.directory), dir / "d");
-    }
-  }
-  ASSERT_GE(subAt, 1);
-  EXPECT_GT(cAt, subAt);  // a directory's entries follow it
+  auto at = [&](const char* name) {
+    for (int i = 1; i < found.length(); ++i)
+      if (std::strcmp(found[i].name, name) == 0) return i;
+    return -1;
+  };
+  ASSERT_GT(at("sub"), 0);
+  ASSERT_GT(at("sub/c.txt"), at("sub"));  // a directory's entries follow it
+  EXPECT_EQ(found[at("sub")].attrib, kFindAttribDirectory);
+  EXPECT_EQ(found[at("link")].attrib, kFindAttribLink);
+  const _finddata_t& c = found[at("sub/c.txt")];
+  struct stat st;
+  ASSERT_EQ(stat((dir / "d/sub/c.txt").c_str(), &st), 0);
+  EXPECT_EQ(std::make_tuple(c.attrib, c.size, c.inode, c.time_write),
+            std::make_tuple(0u, int64_t(3), uint64_t(st.st_ino), int64_t(st.st_mtime)));
+  EXPECT_EQ(std::string(c.directory), dir / "d/sub");
 }
 
 TEST(Glob, NamesNearTheLengthLimitAndUnreadableTrees) {
