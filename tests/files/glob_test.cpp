@@ -86,17 +86,16 @@ TEST(Glob, RecordsCarryKindSizeDirectoryAndOrder) {
   EXPECT_EQ(std::string(c.directory), dir / "d/sub");
 }
 
-TEST(Glob, NamesNearTheLengthLimitAndUnreadableTrees) {
+TEST(Glob, NamesAtTheLengthLimitAndDirectoriesThatCannotBeListed) {
   TestDir dir;
-  // "x/" + 255 bytes = 257 bytes: kept; one more level pushes every name past 259 bytes.
-  const std::string longName(255, 'n');
-  const std::string deepName(250, 'm');
+  // Names are kept up to 258 bytes (259 with the terminator): "x/" + 250 + "/" + 5 is 258.
+  const std::string longName(255, 'n'), deepName(250, 'm');
   writeFile(dir / ("t/x/" + longName), "");
-  writeFile(dir / ("t/x/" + deepName + "/f"), "");
-  writeFile(dir / ("t/x/" + deepName + "/" + std::string(10, 'g')), "");
+  writeFile(dir / ("t/x/" + deepName + "/fffff"), "");
+  writeFile(dir / ("t/x/" + deepName + "/gggggg"), "");
   ZrFindDataArray found;
   zrutGlob((dir / "t").c_str(), "*", found, kGlobFiles | kGlobRecursive);
-  EXPECT_EQ(namesOf(found), std::set<std::string>({"x/" + longName, "x/" + deepName + "/f"}));
+  EXPECT_EQ(namesOf(found), std::set<std::string>({"x/" + longName, "x/" + deepName + "/fffff"}));
 
   ZrFindDataArray none;
   EXPECT_EQ(zrutGlob((dir / "missing").c_str(), "*", none, kGlobFiles), 0);
