@@ -3,8 +3,7 @@
 //
 // Containers and strings own a pool block from element_store.h in the value word (null: empty);
 // the byte block of kind 0x05 owns a malloc'd buffer in the second word.
-#include <cinttypes>
-#include <cmath>
+#include <cstdint>
 #include <cstdlib>
 
 #include "json/element_store.h"

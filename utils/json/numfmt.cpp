@@ -6,28 +6,27 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 namespace zrad::json {
+namespace {
 
-void appendInteger(std::string& out, int64_t value) {
-  char buf[24];
-  auto r = std::to_chars(buf, buf + sizeof buf, value);
-  out.append(buf, static_cast<size_t>(r.ptr - buf));
+char* putWord(char* out, const char* word) {
+  size_t n = std::strlen(word);
+  std::memcpy(out, word, n);
+  return out + n;
 }
 
-void appendFixed6(std::string& out, double value) {
-  if (std::isnan(value)) {
-    out += std::signbit(value) ? "-nan" : "nan";
-    return;
-  }
-  if (std::isinf(value)) {
-    out += value < 0 ? "-inf" : "inf";
-    return;
-  }
-  // The largest double has 309 integral digits; with sign, point and six decimals 317 bytes.
-  char buf[328];
-  auto r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::fixed, 6);
-  out.append(buf, static_cast<size_t>(r.ptr - buf));
+}  // namespace
+
+char* putInteger(char* out, int64_t value) {
+  return std::to_chars(out, out + kIntegerTextMax, value).ptr;
+}
+
+char* putFixed6(char* out, double value) {
+  if (std::isnan(value)) return putWord(out, std::signbit(value) ? "-nan" : "nan");
+  if (std::isinf(value)) return putWord(out, value < 0 ? "-inf" : "inf");
+  return std::to_chars(out, out + kFixed6TextMax, value, std::chars_format::fixed, 6).ptr;
 }
 
 }  // namespace zrad::json

@@ -1,6 +1,6 @@
 // Number text of the element tree: "%ld" for integers and "%lf" for doubles, byte for byte.
 //
-// The writers append without going through printf: integers with std::to_chars, doubles with
+// The writers format without going through printf: integers with std::to_chars, doubles with
 // std::to_chars in fixed notation with six decimals, which rounds exactly as printf does.
 //   2.5       => "2.500000"      1e-7 => "0.000000"     -0.0 => "-0.000000"
 //   NaN       => "nan" / "-nan"  inf  => "inf"
@@ -11,18 +11,21 @@
 
 namespace zrad::json {
 
-void appendInteger(std::string& out, int64_t value);
-void appendFixed6(std::string& out, double value);
+// Room the writers need: a sign and 19 digits; a sign, 309 digits, the point and 6 decimals.
+constexpr size_t kIntegerTextMax = 20;
+constexpr size_t kFixed6TextMax = 317;
+
+// Write the text at `out` and return its end.
+char* putInteger(char* out, int64_t value);
+char* putFixed6(char* out, double value);
 
 inline std::string formatInteger(int64_t value) {
-  std::string s;
-  appendInteger(s, value);
-  return s;
+  char buf[kIntegerTextMax];
+  return std::string(buf, putInteger(buf, value));
 }
 inline std::string formatFixed6(double value) {
-  std::string s;
-  appendFixed6(s, value);
-  return s;
+  char buf[kFixed6TextMax];
+  return std::string(buf, putFixed6(buf, value));
 }
 
 }  // namespace zrad::json

@@ -2,7 +2,9 @@
 //
 // No white space; names in the map's byte-wise order, "*" before the names of read-only values;
 // None and null elements as []; numbers as "%ld" / "%lf"; strings escaped by the table in
-// appendEscaped. Unescaped runs are appended in bulk.
+// putEscaped. Unescaped runs are copied in bulk into a buffer grown ahead of the writes.
+#include <algorithm>
+
 #include "json/element_store.h"
 #include "json/limits.h"
 #include "json/numfmt.h"
@@ -21,55 +23,81 @@ struct EscapeTable {
 };
 constexpr EscapeTable kEscape;
 
-void appendEscaped(std::string& out, std::string_view text) {
+// The output under construction: a buffer grown ahead of the writes, so each token is one
+// bounds check and plain stores.
+class TextOut {
+ public:
+  char* room(size_t n) {
+    if (m_used + n > m_buf.size()) m_buf.resize(std::max(m_buf.size() * 2, m_used + n + 4096));
+    return &m_buf[m_used];
+  }
+  void put(char c) { *room(1) = c, ++m_used; }
+  void put(std::string_view s) {
+    if (s.empty()) return;
+    std::memcpy(room(s.size()), s.data(), s.size());
+    m_used += s.size();
+  }
+  void putEnd(const char* end) { m_used = static_cast<size_t>(end - m_buf.data()); }
+  std::string take() {
+    m_buf.resize(m_used);
+    return std::move(m_buf);
+  }
+
+ private:
+  std::string m_buf;
+  size_t m_used = 0;
+};
+
+void putEscaped(TextOut& out, std::string_view text) {
   static const char kHex[] = "0123456789abcdef";
+  char* p = out.room(text.size() * 6);  // every byte escaped as \u00XX at worst
   const char* run = text.data();
   const char* end = run + text.size();
-  for (const char* p = run; p < end; ++p) {
-    unsigned char c = static_cast<unsigned char>(*p);
-    if (!kEscape.needs[c]) continue;
-    out.append(run, static_cast<size_t>(p - run));
-    run = p + 1;
-    switch (c) {
-      case '\r': out += "\\r"; break;
-      case '\t': out += "\\t"; break;
-      case '\n': out += "\\n"; break;
-      case '"': out += "\\\""; break;
-      case '\\': out += "\\\\"; break;
-      default: {
-        const char u[] = {'\\', 'u', '0', '0', kHex[c >> 4], kHex[c & 15]};
-        out.append(u, sizeof u);
-      }
+  for (const char* c = run; c < end; ++c) {
+    unsigned char b = static_cast<unsigned char>(*c);
+    if (!kEscape.needs[b]) continue;
+    std::memcpy(p, run, static_cast<size_t>(c - run));
+    p += c - run;
+    run = c + 1;
+    *p++ = '\\';
+    switch (b) {
+      case '\r': *p++ = 'r'; break;
+      case '\t': *p++ = 't'; break;
+      case '\n': *p++ = 'n'; break;
+      case '"': *p++ = '"'; break;
+      case '\\': *p++ = '\\'; break;
+      default:
+        *p++ = 'u', *p++ = '0', *p++ = '0', *p++ = kHex[b >> 4], *p++ = kHex[b & 15];
     }
   }
-  out.append(run, static_cast<size_t>(end - run));
+  if (end > run) std::memcpy(p, run, static_cast<size_t>(end - run));
+  out.putEnd(p + (end - run));
 }
 
-void appendQuoted(std::string& out, std::string_view text) {
-  out += '"';
-  appendEscaped(out, text);
-  out += '"';
+void putQuoted(TextOut& out, std::string_view text) {
+  out.put('"');
+  putEscaped(out, text);
+  out.put('"');
 }
 
 bool readOnlyValue(const IElementValueBase* v) {
   return v && (v->getType() & etReadOnlyFlag);
 }
 
-void appendName(std::string& out, std::string_view name, const IElementValueBase* value) {
-  out += '"';
-  if (readOnlyValue(value)) out += '*';
-  appendEscaped(out, name);
-  out += "\":";
+__attribute__((noinline)) void putName(TextOut& out, std::string_view name, const IElementValueBase* value) {
+  out.put(readOnlyValue(value) ? std::string_view("\"*") : std::string_view("\""));
+  putEscaped(out, name);
+  out.put("\":");
 }
 
 class JsonWriter {
  public:
-  explicit JsonWriter(std::string& out) : m_out(out) {}
+  explicit JsonWriter(TextOut& out) : m_out(out) {}
 
   // False when the tree nests deeper than kMaxDepth.
   bool write(const IElementValueBase* e, int depth) {
     if (!e) {
-      m_out += "[]";
+      m_out.put("[]");
       return true;
     }
     const ElementValue* ev = asElement(e);
@@ -78,81 +106,98 @@ class JsonWriter {
       if (depth >= kMaxDepth) return false;
       return kindOf(type) == etObject ? writeObject(e, ev, depth + 1) : writeArray(e, ev, depth + 1);
     }
+    writeLeaf(e, ev, type);
+    return true;
+  }
+
+ private:
+  // Kept out of line so the recursive frames of write/writeObject/writeArray stay small.
+  __attribute__((noinline)) void writeLeaf(const IElementValueBase* e, const ElementValue* ev, uint32_t type) {
     if (!ev) return writeScalar(type, e->strValue());
     uint64_t word = ElementAccess::word(*ev);
     switch (kindOf(type)) {
       case etString:
-        appendQuoted(m_out, textOf(reinterpret_cast<const TextStore*>(word)));
-        return true;
+        return putQuoted(m_out, textOf(reinterpret_cast<const TextStore*>(word)));
       case etInteger:
-        appendInteger(m_out, static_cast<int64_t>(word));
-        return true;
-      case etDouble:
-        appendFixed6(m_out, ev->floatValue());
-        return true;
+        return m_out.putEnd(putInteger(m_out.room(kIntegerTextMax), static_cast<int64_t>(word)));
+      case etDouble: {
+        double d;
+        std::memcpy(&d, &word, sizeof d);
+        return m_out.putEnd(putFixed6(m_out.room(kFixed6TextMax), d));
+      }
+      case etBoolean:
+        return m_out.put((word & 0xFF) ? "true" : "false");
       default:
         return writeScalar(type, ev->strValue());
     }
   }
 
- private:
-  bool writeScalar(uint32_t type, const ZrUtf8String& text) {
+  void writeScalar(uint32_t type, const ZrUtf8String& text) {
     int kind = kindOf(type);
-    if (kind == etBoolean || kind == etInteger || kind == etDouble) m_out += text.str();
-    else appendQuoted(m_out, viewOf(text));
-    return true;
+    if (kind == etBoolean || kind == etInteger || kind == etDouble) m_out.put(viewOf(text));
+    else putQuoted(m_out, viewOf(text));
   }
 
   bool writeObject(const IElementValueBase* e, const ElementValue* ev, int depth) {
-    m_out += '{';
-    if (ev) {
-      auto* store = reinterpret_cast<const ObjectStore*>(ElementAccess::word(*ev));
-      for (uint32_t i = 0; i < sizeOf(store); ++i) {
-        const Entry& entry = store->items()[i];
-        if (i) m_out += ',';
-        appendName(m_out, entry.name.view(), entry.value);
-        if (!write(entry.value, depth)) return false;
-      }
-    } else {
-      ZrUtf8String name;
-      for (int i = 0, n = e->property_count(); i < n; ++i) {
-        ZrJsonPtr value = e->enumproperty(i, name);
-        if (i) m_out += ',';
-        appendName(m_out, viewOf(name), value.get());
-        if (!write(value.get(), depth)) return false;
-      }
+    if (!ev) return writeForeignObject(e, depth);
+    m_out.put('{');
+    auto* store = reinterpret_cast<const ObjectStore*>(ElementAccess::word(*ev));
+    for (uint32_t i = 0; i < sizeOf(store); ++i) {
+      const Entry& entry = store->items()[i];
+      if (i) m_out.put(',');
+      putName(m_out, entry.name.view(), entry.value);
+      if (!write(entry.value, depth)) return false;
     }
-    m_out += '}';
+    m_out.put('}');
     return true;
   }
 
   bool writeArray(const IElementValueBase* e, const ElementValue* ev, int depth) {
-    m_out += '[';
-    if (ev) {
-      auto* store = kindOf(ElementAccess::type(*ev)) == etArray
-                        ? reinterpret_cast<const ItemStore*>(ElementAccess::word(*ev))
-                        : nullptr;
-      for (uint32_t i = 0; i < sizeOf(store); ++i) {
-        if (i) m_out += ',';
-        if (!write(store->items()[i], depth)) return false;
-      }
-    } else {
-      for (int i = 0, n = e->array_count(); i < n; ++i) {
-        if (i) m_out += ',';
-        if (!write(e->array_sub(i).get(), depth)) return false;
-      }
+    if (!ev) return writeForeignArray(e, depth);
+    m_out.put('[');
+    auto* store = kindOf(ElementAccess::type(*ev)) == etArray
+                      ? reinterpret_cast<const ItemStore*>(ElementAccess::word(*ev))
+                      : nullptr;
+    for (uint32_t i = 0; i < sizeOf(store); ++i) {
+      if (i) m_out.put(',');
+      if (!write(store->items()[i], depth)) return false;
     }
-    m_out += ']';
+    m_out.put(']');
     return true;
   }
 
-  std::string& m_out;
+  // Containers of another element class, through their getters (out of line: their handles
+  // and names would otherwise widen every recursive frame).
+  __attribute__((noinline)) bool writeForeignObject(const IElementValueBase* e, int depth) {
+    m_out.put('{');
+    ZrUtf8String name;
+    for (int i = 0, n = e->property_count(); i < n; ++i) {
+      ZrJsonPtr value = e->enumproperty(i, name);
+      if (i) m_out.put(',');
+      putName(m_out, viewOf(name), value.get());
+      if (!write(value.get(), depth)) return false;
+    }
+    m_out.put('}');
+    return true;
+  }
+
+  __attribute__((noinline)) bool writeForeignArray(const IElementValueBase* e, int depth) {
+    m_out.put('[');
+    for (int i = 0, n = e->array_count(); i < n; ++i) {
+      if (i) m_out.put(',');
+      if (!write(e->array_sub(i).get(), depth)) return false;
+    }
+    m_out.put(']');
+    return true;
+  }
+
+  TextOut& m_out;
 };
 
 }  // namespace
 
 ZrUtf8String IElementValueBase::writeJson() const {
-  std::string out;
+  TextOut out;
   if (!JsonWriter(out).write(this, 0)) return {};
-  return ZrUtf8String(std::move(out));
+  return ZrUtf8String(out.take());
 }
