@@ -13,37 +13,36 @@
 
 #include "json/element_store.h"
 #include "json/limits.h"
+#include "json/outbuf.h"
 
 namespace zrad::json {
 namespace {
 
-void put16(std::string& out, uint32_t v) {
-  const char b[] = {char(v), char(v >> 8)};
-  out.append(b, 2);
+// Little-endian fields.
+template <size_t N>
+void putLE(OutBuffer& out, uint64_t v) {
+  char* p = out.room(N);
+  for (size_t i = 0; i < N; ++i) p[i] = static_cast<char>(v >> (8 * i));
+  out.putEnd(p + N);
 }
-void put32(std::string& out, uint32_t v) {
-  const char b[] = {char(v), char(v >> 8), char(v >> 16), char(v >> 24)};
-  out.append(b, 4);
-}
-void put64(std::string& out, uint64_t v) {
-  put32(out, static_cast<uint32_t>(v));
-  put32(out, static_cast<uint32_t>(v >> 32));
-}
-void putText(std::string& out, std::string_view text) {
+void put16(OutBuffer& out, uint32_t v) { putLE<2>(out, v); }
+void put32(OutBuffer& out, uint32_t v) { putLE<4>(out, v); }
+void put64(OutBuffer& out, uint64_t v) { putLE<8>(out, v); }
+void putText(OutBuffer& out, std::string_view text) {
   put32(out, static_cast<uint32_t>(text.size()));
-  out.append(text.data(), text.size());
+  out.put(text);
 }
 
 // Another element class writes itself through its writeBinary slot.
-void appendOwnEncoding(std::string& out, const IElementValueBase& e) {
+void appendOwnEncoding(OutBuffer& out, const IElementValueBase& e) {
   ZrMemoryStreamPtr own = ZrMemoryStream::createNew();
   const_cast<IElementValueBase&>(e).writeBinary(ZrStreamBufPtr(own.get()));
-  out.append(reinterpret_cast<const char*>(own->data()), own->length());
+  out.put(std::string_view(reinterpret_cast<const char*>(own->data()), own->length()));
 }
 
 class Encoder {
  public:
-  explicit Encoder(std::string& out) : m_out(out) {}
+  explicit Encoder(OutBuffer& out) : m_out(out) {}
 
   // `depth` counts the containers above `e`.
   bool encode(const IElementValueBase* e, int depth, bool root) {
@@ -141,7 +140,7 @@ class Encoder {
     return true;
   }
 
-  std::string& m_out;
+  OutBuffer& m_out;
 };
 
 // Buffered reading from a platform stream that never reads past what the stream holds.
@@ -343,9 +342,11 @@ class Decoder {
 
 bool encodeBinary(const IElementValueBase* root, std::string& out) {
   size_t mark = out.size();
-  if (Encoder(out).encode(root, 0, true)) return true;
-  out.resize(mark);
-  return false;
+  OutBuffer buffer(std::move(out));
+  bool ok = Encoder(buffer).encode(root, 0, true);
+  out = buffer.take();
+  if (!ok) out.resize(mark);
+  return ok;
 }
 
 bool decodeBinary(ElementValue& target, ZrStreamBuf& stream) {
@@ -362,7 +363,9 @@ bool decodeBinary(ElementValue& target, ZrStreamBuf& stream) {
 bool signedBinary(const IElementValueBase& root, std::string& out) {
   out.assign(1, static_cast<char>(kBinarySignature));
   if (asElement(&root)) return encodeBinary(&root, out);
-  appendOwnEncoding(out, root);
+  OutBuffer buffer(std::move(out));
+  appendOwnEncoding(buffer, root);
+  out = buffer.take();
   return true;
 }
 

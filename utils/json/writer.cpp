@@ -3,11 +3,10 @@
 // No white space; names in the map's byte-wise order, "*" before the names of read-only values;
 // None and null elements as []; numbers as "%ld" / "%lf"; strings escaped by the table in
 // putEscaped. Unescaped runs are copied in bulk into a buffer grown ahead of the writes.
-#include <algorithm>
-
 #include "json/element_store.h"
 #include "json/limits.h"
 #include "json/numfmt.h"
+#include "json/outbuf.h"
 
 using namespace zrad::json;
 
@@ -23,32 +22,7 @@ struct EscapeTable {
 };
 constexpr EscapeTable kEscape;
 
-// The output under construction: a buffer grown ahead of the writes, so each token is one
-// bounds check and plain stores.
-class TextOut {
- public:
-  char* room(size_t n) {
-    if (m_used + n > m_buf.size()) m_buf.resize(std::max(m_buf.size() * 2, m_used + n + 4096));
-    return &m_buf[m_used];
-  }
-  void put(char c) { *room(1) = c, ++m_used; }
-  void put(std::string_view s) {
-    if (s.empty()) return;
-    std::memcpy(room(s.size()), s.data(), s.size());
-    m_used += s.size();
-  }
-  void putEnd(const char* end) { m_used = static_cast<size_t>(end - m_buf.data()); }
-  std::string take() {
-    m_buf.resize(m_used);
-    return std::move(m_buf);
-  }
-
- private:
-  std::string m_buf;
-  size_t m_used = 0;
-};
-
-void putEscaped(TextOut& out, std::string_view text) {
+void putEscaped(OutBuffer& out, std::string_view text) {
   static const char kHex[] = "0123456789abcdef";
   char* p = out.room(text.size() * 6);  // every byte escaped as \u00XX at worst
   const char* run = text.data();
@@ -74,7 +48,7 @@ void putEscaped(TextOut& out, std::string_view text) {
   out.putEnd(p + (end - run));
 }
 
-void putQuoted(TextOut& out, std::string_view text) {
+void putQuoted(OutBuffer& out, std::string_view text) {
   out.put('"');
   putEscaped(out, text);
   out.put('"');
@@ -84,7 +58,7 @@ bool readOnlyValue(const IElementValueBase* v) {
   return v && (v->getType() & etReadOnlyFlag);
 }
 
-__attribute__((noinline)) void putName(TextOut& out, std::string_view name, const IElementValueBase* value) {
+__attribute__((noinline)) void putName(OutBuffer& out, std::string_view name, const IElementValueBase* value) {
   out.put(readOnlyValue(value) ? std::string_view("\"*") : std::string_view("\""));
   putEscaped(out, name);
   out.put("\":");
@@ -92,7 +66,7 @@ __attribute__((noinline)) void putName(TextOut& out, std::string_view name, cons
 
 class JsonWriter {
  public:
-  explicit JsonWriter(TextOut& out) : m_out(out) {}
+  explicit JsonWriter(OutBuffer& out) : m_out(out) {}
 
   // False when the tree nests deeper than kMaxDepth.
   bool write(const IElementValueBase* e, int depth) {
@@ -191,13 +165,13 @@ class JsonWriter {
     return true;
   }
 
-  TextOut& m_out;
+  OutBuffer& m_out;
 };
 
 }  // namespace
 
 ZrUtf8String IElementValueBase::writeJson() const {
-  TextOut out;
+  OutBuffer out;
   if (!JsonWriter(out).write(this, 0)) return {};
   return ZrUtf8String(out.take());
 }
