@@ -3,7 +3,7 @@
 #include <fstream>
 #include <string>
 
-#include <zrad/log.h>
+#include <zrad/zrad.h>  // every installed header must compile outside the tree
 #include <zrplatform/strings.h>
 
 // "2026-11-22 04:21:19.000042": digits everywhere but the separators.
