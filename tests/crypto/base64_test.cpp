@@ -27,9 +27,7 @@ Decoded decode(const char* text, unsigned capacity) {
 TEST(Base64, Rfc4648VectorsBothWays) {
   const struct { const char* plain; const char* text; } rows[] = {
       {"", ""},         {"f", "Zg=="},        {"fo", "Zm8="},        {"foo", "Zm9v"},
-      {"foob", "Zm9vYg=="}, {"fooba", "Zm9vYmE="}, {"foobar", "Zm9vYmFy"},
-      {"Man", "TWFu"},  {"Ma", "TWE="},       {"M", "TQ=="},
-  };
+      {"foob", "Zm9vYg=="}, {"fooba", "Zm9vYmE="}, {"foobar", "Zm9vYmFy"}};
   for (size_t i = 0; i < std::size(rows); ++i) {
     const std::string plain = rows[i].plain;
     EXPECT_EQ(encode(plain), rows[i].text) << "row " << i;
@@ -54,7 +52,7 @@ TEST(Base64, EveryByteValueAndLengthRoundTrips) {
   }
 }
 
-TEST(Base64, EncodeTakesTheByteAfterAFinalPairAndRefusesNothingToEncode) {
+TEST(Base64, EncodeTakesTheByteAfterAFinalPairAndBothWaysRefuseMissingArguments) {
   const unsigned char pairThenBits[] = {'M', 'a', 0xC0};
   EXPECT_EQ(CBase64().Encode(pairThenBits, 2), "TWH=");
   EXPECT_EQ(CBase64().Encode(pairThenBits, 0), "");
@@ -62,6 +60,14 @@ TEST(Base64, EncodeTakesTheByteAfterAFinalPairAndRefusesNothingToEncode) {
   EXPECT_EQ(CBase64().Encode(nullptr, 5), "");
   const std::string longText(1000, 'z');  // no line breaks at any length
   EXPECT_EQ(encode(longText).find('\n'), std::string::npos);
+
+  unsigned char out[4];
+  unsigned length = 4;
+  EXPECT_FALSE(CBase64().Decode(nullptr, out, length));
+  EXPECT_FALSE(CBase64().Decode("TQ==", nullptr, length));
+  length = 0;
+  EXPECT_FALSE(CBase64().Decode("TQ==", out, length));
+  EXPECT_EQ(length, 0u);
 }
 
 TEST(Base64, DecodeRulesForOddInput) {
@@ -89,24 +95,9 @@ TEST(Base64, DecodeRulesForOddInput) {
     const Decoded d = decode(rows[i].text, rows[i].capacity);
     EXPECT_EQ(d.ok, rows[i].ok) << "row " << i;
     EXPECT_EQ(d.length, rows[i].length) << "row " << i;
-    std::vector<unsigned char> expected(rows[i].bytes.begin(), rows[i].bytes.end());
-    if (d.ok) {
-      EXPECT_EQ(d.bytes, expected) << "row " << i;
-    } else {
-      ASSERT_FALSE(d.bytes.empty()) << "row " << i;
-      EXPECT_EQ(d.bytes[0], expected[0]) << "row " << i;
-    }
+    const size_t shown = d.ok ? d.bytes.size() : 1;  // every failing row has room for a byte
+    EXPECT_EQ(std::vector<int>(d.bytes.begin(), d.bytes.begin() + shown), rows[i].bytes) << "row " << i;
   }
-}
-
-TEST(Base64, DecodeRefusesMissingArguments) {
-  unsigned char out[4];
-  unsigned length = 4;
-  EXPECT_FALSE(CBase64().Decode(nullptr, out, length));
-  EXPECT_FALSE(CBase64().Decode("TQ==", nullptr, length));
-  length = 0;
-  EXPECT_FALSE(CBase64().Decode("TQ==", out, length));
-  EXPECT_EQ(length, 0u);
 }
 
 }  // namespace

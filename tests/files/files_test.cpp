@@ -17,13 +17,9 @@
 
 namespace {
 
-std::string bytesOf(std::initializer_list<int> values) {
-  std::string bytes;
-  for (int v : values) bytes += static_cast<char>(v);
-  return bytes;
-}
+using namespace std::string_literals;  // "\0"s keeps zero bytes
 
-TEST(FileAttributes, KindsSizesModesAndSixtyFourBitSizes) {
+TEST(FileAttributes, KindsSizesModesSixtyFourBitSizesLinksAndInodes) {
   TestDir dir;
   writeFile(dir / "f.txt", "hello");
   writeFile(dir / "empty", "");
@@ -44,26 +40,19 @@ TEST(FileAttributes, KindsSizesModesAndSixtyFourBitSizes) {
   EXPECT_EQ(zrutGetFileSize((dir / "big").c_str()), fiveGiB);
 
   // mode => zrutIsDir flag 1, flag 2, and zrutFileIsReadOnly of a file with that mode.
-  struct Row {
-    mode_t mode;
-    bool writable, readable, readOnly;
-  };
-  const Row rows[] = {{0700, true, true, false},  {0500, false, true, false},
-                      {0300, true, false, false}, {0400, false, true, true},
-                      {0600, true, true, false},  {0000, false, false, false}};
+  const struct { mode_t mode; bool writable, readable, readOnly; } modes[] = {
+      {0700, true, true, false}, {0500, false, true, false}, {0300, true, false, false},
+      {0400, false, true, true}, {0600, true, true, false},  {0000, false, false, false}};
   ASSERT_EQ(mkdir((dir / "d").c_str(), 0700), 0);
-  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
-    chmod((dir / "d").c_str(), rows[i].mode);
-    chmod((dir / "f.txt").c_str(), rows[i].mode);
-    EXPECT_EQ(zrutIsDir((dir / "d").c_str(), kIsDirWritable), rows[i].writable) << "row " << i;
-    EXPECT_EQ(zrutIsDir((dir / "d").c_str(), kIsDirReadable), rows[i].readable) << "row " << i;
-    EXPECT_EQ(zrutFileIsReadOnly((dir / "f.txt").c_str()), rows[i].readOnly) << "row " << i;
+  for (size_t i = 0; i < std::size(modes); ++i) {
+    chmod((dir / "d").c_str(), modes[i].mode);
+    chmod((dir / "f.txt").c_str(), modes[i].mode);
+    EXPECT_EQ(zrutIsDir((dir / "d").c_str(), kIsDirWritable), modes[i].writable) << "row " << i;
+    EXPECT_EQ(zrutIsDir((dir / "d").c_str(), kIsDirReadable), modes[i].readable) << "row " << i;
+    EXPECT_EQ(zrutFileIsReadOnly((dir / "f.txt").c_str()), modes[i].readOnly) << "row " << i;
   }
   chmod((dir / "d").c_str(), 0700);
-}
 
-TEST(FileAttributes, SymbolicLinksAndInodes) {
-  TestDir dir;
   writeFile(dir / "a/b/c/f", "x");
   ASSERT_EQ(symlink("a/b", (dir / "l").c_str()), 0);
   char target[16];
@@ -77,15 +66,11 @@ TEST(FileAttributes, SymbolicLinksAndInodes) {
   EXPECT_EQ(small[0], '?');
   EXPECT_FALSE(isSymbolicLink((dir / "a").c_str(), target, &length));
 
-  struct Row {
-    std::string a, b;
-    bool expected;
-  };
-  const Row rows[] = {{dir / "a/b/c", dir / "a", true},  {dir / "a/b/c/f", dir / "a", true},
-                      {dir / "a", dir / "a", true},      {dir / "a", dir / "a/b", false},
-                      {dir / "a/b", dir / "l/c", false}, {"", dir / "a", false},
-                      {dir / "nope", dir / "a", false}};
-  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i)
+  const struct { std::string a, b; bool expected; } rows[] = {
+      {dir / "a/b/c", dir / "a", true}, {dir / "a/b/c/f", dir / "a", true},
+      {dir / "a", dir / "a", true},     {dir / "a", dir / "a/b", false},
+      {dir / "a/b", dir / "l/c", false}, {dir / "nope", dir / "a", false}};
+  for (size_t i = 0; i < std::size(rows); ++i)
     EXPECT_EQ(isSubDirOrSameDirByInode(rows[i].a.c_str(), rows[i].b.c_str()), rows[i].expected)
         << "row " << i;
 }
@@ -138,34 +123,20 @@ TEST(FileTree, CreateCleanAndRemoveNeverFollowLinks) {
 }
 
 TEST(FileContent, DecodesMarksAndEncodesModes) {
-  struct Row {
-    std::string bytes, text;
-  };
-  const Row decoded[] = {
-      {bytesOf({0xFE, 0xFF, 0x00, 0x41}), "A"},
-      {bytesOf({0xFF, 0xFE, 0x41, 0x00, 0x2D, 0x4E}), "A\xE4\xB8\xAD"},
-      {bytesOf({0xFF, 0xFE, 0x3D, 0xD8, 0x00, 0xDE}), "\xF0\x9F\x98\x80"},  // a surrogate pair
-      {bytesOf({0xFE, 0xFF, 0x00, 0x41, 0x00}), "A"},                       // odd byte dropped
-      {bytesOf({0xEF, 0xBB, 0xBF, 0x41}), "A"},
-      {bytesOf({0xEF, 0xBB, 0x41}), bytesOf({0xEF, 0xBB, 0x41})},
-      {bytesOf({0xFE}), bytesOf({0xFE})},
-      {"", ""},
-  };
-  for (size_t i = 0; i < sizeof decoded / sizeof decoded[0]; ++i)
-    EXPECT_EQ(zrad::files::decodeContent(decoded[i].bytes).str(), decoded[i].text) << "row " << i;
+  const std::string decoded[][2] = {  // bytes, text
+      {"\xFE\xFF\0A"s, "A"},
+      {"\xFF\xFE" "A\0\x2D\x4E"s, "A\xE4\xB8\xAD"},
+      {"\xFF\xFE\x3D\xD8\0\xDE"s, "\xF0\x9F\x98\x80"},  // a surrogate pair
+      {"\xFE\xFF\0A\0"s, "A"},                          // odd byte dropped
+      {"\xEF\xBB\xBF" "A", "A"}, {"\xEF\xBB" "A", "\xEF\xBB" "A"}, {"\xFE", "\xFE"}, {"", ""}};
+  for (size_t i = 0; i < std::size(decoded); ++i)
+    EXPECT_EQ(zrad::files::decodeContent(decoded[i][0]).str(), decoded[i][1]) << "row " << i;
 
-  const std::string encoded[] = {"A",
-                                 bytesOf({0xEF, 0xBB, 0xBF, 0x41}),
-                                 bytesOf({0x41, 0x00}),
-                                 bytesOf({0xFF, 0xFE, 0x41, 0x00}),
-                                 bytesOf({0x00, 0x41}),
-                                 bytesOf({0xFE, 0xFF, 0x00, 0x41}),
-                                 bytesOf({0x41, 0x00}),
-                                 bytesOf({0xFF, 0xFE, 0x41, 0x00})};
+  const std::string encoded[] = {"A",     "\xEF\xBB\xBF" "A", "A\0"s, "\xFF\xFE" "A\0"s,
+                                 "\0A"s, "\xFE\xFF\0A"s,   "A\0"s, "\xFF\xFE" "A\0"s};
   for (int mode = 0; mode < 8; ++mode)
     EXPECT_EQ(zrad::files::encodeContent("A", mode), encoded[mode]) << "mode " << mode;
-  EXPECT_EQ(zrad::files::encodeContent("\xF0\x9F\x98\x80", 2),
-            bytesOf({0x00, 0xF6}));  // low 16 bits
+  EXPECT_EQ(zrad::files::encodeContent("\xF0\x9F\x98\x80", 2), "\0\xF6"s);  // low 16 bits
 }
 
 TEST(FileContent, RoundTripsThroughFilesAndPipes) {
@@ -178,7 +149,7 @@ TEST(FileContent, RoundTripsThroughFilesAndPipes) {
   // A pipe reports size 0: its bytes come back undecoded, mark and all.
   FILE* pipe = popen("printf '\\357\\273\\277A'", "r");
   ASSERT_NE(pipe, nullptr);
-  EXPECT_EQ(zrutReadContent(pipe).str(), bytesOf({0xEF, 0xBB, 0xBF, 0x41}));
+  EXPECT_EQ(zrutReadContent(pipe).str(), "\xEF\xBB\xBF" "A");
   pclose(pipe);
 }
 
@@ -191,12 +162,9 @@ TEST(StreamString, LengthPrefixedTextAndBadCounts) {
   for (const char* text : texts) EXPECT_EQ(zrutRdUtf8String(stream.get()), text);
   // count => text read and the position after it: a count over the limit or over what the
   // stream holds reads nothing more.
-  struct Row {
-    uint32_t count;
-    uint64_t positionAfter;
-  };
-  const Row rows[] = {{0x20000001u, 4}, {0xFFFFFFFFu, 4}, {100u, 4}, {3u, 7}};
-  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
+  const struct { uint32_t count; uint64_t positionAfter; } rows[] = {
+      {0x20000001u, 4}, {0xFFFFFFFFu, 4}, {100u, 4}, {3u, 7}};
+  for (size_t i = 0; i < std::size(rows); ++i) {
     ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
     s->putBytes(&rows[i].count, 4);
     s->putBytes("abc", 3);
@@ -207,21 +175,16 @@ TEST(StreamString, LengthPrefixedTextAndBadCounts) {
 }
 
 TEST(ShellCommands, PlainPathsKeepTheirFormAndOthersAreQuoted) {
-  struct Row {
-    const char* path;
-    const char* lsof;
-    const char* open;
-  };
-  const Row rows[] = {
+  const char* rows[][3] = {  // path, lsof command, open command
       {"/tmp/a.dwg", "lsof -c zrad | grep \"/tmp/a.dwg\"", "xdg-open /tmp/a.dwg"},
       {"/tmp/图纸.pdf", "lsof -c zrad | grep \"/tmp/图纸.pdf\"", "xdg-open /tmp/图纸.pdf"},
       {"/tmp/a b", "lsof -c zrad | grep -F -e '/tmp/a b'", "xdg-open '/tmp/a b'"},
       {"it's", "lsof -c zrad | grep -F -e 'it'\\''s'", "xdg-open 'it'\\''s'"},
       {"-r", "lsof -c zrad | grep -F -e '-r'", "xdg-open ./-r"},
   };
-  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
-    EXPECT_EQ(zrad::files::lsofCommand(rows[i].path), rows[i].lsof) << "row " << i;
-    EXPECT_EQ(zrad::files::openCommand(rows[i].path), rows[i].open) << "row " << i;
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    EXPECT_EQ(zrad::files::lsofCommand(rows[i][0]), rows[i][1]) << "row " << i;
+    EXPECT_EQ(zrad::files::openCommand(rows[i][0]), rows[i][2]) << "row " << i;
   }
   EXPECT_EQ(zrad::files::withStderrTo("ls", "/tmp/1.err"), "ls 2>\"/tmp/1.err\"");
 }
@@ -238,7 +201,7 @@ TEST(ShellCommands, HostilePathsNeverRunASecondCommand) {
       "a | touch " + marker,
       "'\"'\"$(touch " + marker + ")\"'",
   };
-  for (size_t i = 0; i < sizeof hostile / sizeof hostile[0]; ++i) {
+  for (size_t i = 0; i < std::size(hostile); ++i) {
     EXPECT_FALSE(zrutFileHasOpen(hostile[i].c_str())) << "row " << i;
     zrutOpenPdfFile(hostile[i].c_str());
     setTempPath((dir / hostile[i]).c_str());  // standard error is captured in this directory
@@ -264,8 +227,7 @@ TEST(Process, TemporaryNamesAndTheLibraryPath) {
   setTempPath("");
   EXPECT_EQ(zrutMktempUTF8((dir / "x/1.err/sub/*.tmp").c_str()), "");
 
-  const char* saved = getenv("LD_LIBRARY_PATH");
-  std::string before = saved ? saved : "";
+  const std::string before = getenv("LD_LIBRARY_PATH") ? getenv("LD_LIBRARY_PATH") : "";
   setenv("LD_LIBRARY_PATH", "/base", 1);
   zrutPushFindLibraryPath("/one");
   zrutPushFindLibraryPath("/two");
@@ -277,19 +239,14 @@ TEST(Process, TemporaryNamesAndTheLibraryPath) {
 TEST(CaseInsensitiveLookup, FindsTheSpellingOnDisk) {
   TestDir dir;
   writeFile(dir / "Alpha/beta/Gamma.TXT", "x");
-  struct Row {
-    std::string asked;
-    bool found;
-    std::string spelled;
-  };
-  const Row rows[] = {
+  const struct { std::string asked; bool found; std::string spelled; } rows[] = {
       {dir / "alpha/BETA/gamma.txt", true, dir / "Alpha/beta/Gamma.TXT"},
       {dir / "ALPHA/./beta/../beta/", true, dir / "Alpha/beta/"},
       {dir / "alpha\\BETA", true, dir / "Alpha/beta"},
       {dir / "alpha/delta", false, ""},
       {"", false, ""},
   };
-  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
+  for (size_t i = 0; i < std::size(rows); ++i) {
     ZrUtf8String spelled("unchanged");
     EXPECT_EQ(zrutIsExistFileNoCaseSensitive(rows[i].asked.c_str(), spelled), rows[i].found)
         << "row " << i;

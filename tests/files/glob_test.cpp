@@ -14,9 +14,15 @@
 
 namespace {
 
-std::set<std::string> namesOf(const ZrFindDataArray& found) {
-  std::set<std::string> names;
+using Names = std::set<std::string>;
+Names namesOf(const ZrFindDataArray& found) {
+  Names names;
   for (const _finddata_t& record : found) names.insert(record.name);
+  return names;
+}
+Names namesOf(const ZrArray<ZrUtf8String>& paths) {
+  Names names;
+  for (const ZrUtf8String& path : paths) names.insert(path.str());
   return names;
 }
 
@@ -32,16 +38,10 @@ void makeTree(const TestDir& dir) {
   symlink("sub", (dir / "d/link").c_str());
 }
 
-TEST(Glob, FlagsChooseFilesDirectoriesAndDepth) {
+TEST(Glob, FlagsChooseEntriesRecordsAndFullOrCaselessForms) {
   TestDir dir;
   makeTree(dir);
-  using Names = std::set<std::string>;
-  struct Row {
-    const char* pattern;
-    int flags;
-    Names expected;
-  };
-  const Row rows[] = {
+  const struct { const char* pattern; int flags; Names expected; } rows[] = {
       {"*.txt", kGlobFiles, {"a.txt", "图纸.txt"}},
       {"*.txt", kGlobFiles | kGlobRecursive, {"a.txt", "图纸.txt", "sub/c.txt", "sub/deep/d.txt"}},
       {"*.txt", kGlobDirs, {"sub.txt"}},
@@ -53,17 +53,14 @@ TEST(Glob, FlagsChooseFilesDirectoriesAndDepth) {
       {"?.txt", kGlobFiles | kGlobRecursive, {"a.txt", "sub/c.txt", "sub/deep/d.txt"}},
       {"*.txt", 0, {}},
   };
-  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
+  for (size_t i = 0; i < std::size(rows); ++i) {
     ZrFindDataArray found;
     int count = zrutGlob((dir / "d").c_str(), rows[i].pattern, found, rows[i].flags);
     EXPECT_EQ(count, found.length()) << "row " << i;
     EXPECT_EQ(namesOf(found), rows[i].expected) << "row " << i;
   }
-}
 
-TEST(Glob, RecordsCarryKindSizeDirectoryAndOrder) {
-  TestDir dir;
-  makeTree(dir);
+  // Records carry kind, size, inode, time and directory, each directory before its entries.
   ZrFindDataArray found;
   found.setLogicalLength(1);  // the array is appended to, not cleared
   const int flags = kGlobFiles | kGlobDirs | kGlobRecursive;
@@ -84,6 +81,16 @@ TEST(Glob, RecordsCarryKindSizeDirectoryAndOrder) {
   EXPECT_EQ(std::make_tuple(c.attrib, c.size, c.inode, c.time_write),
             std::make_tuple(0u, int64_t(3), uint64_t(st.st_ino), int64_t(st.st_mtime)));
   EXPECT_EQ(std::string(c.directory), dir / "d/sub");
+
+  ZrArray<ZrUtf8String> paths, upper;
+  zrutGlob2((dir / "d").c_str(), "*.txt", paths);
+  EXPECT_EQ(namesOf(paths), Names({dir / "d/a.txt", dir / "d/图纸.txt", dir / "d/sub/c.txt",
+                                   dir / "d/sub/deep/d.txt"}));
+  ZrFindDataArray caseless;
+  zrutGlobNoCaseSensitive((dir / "d").c_str(), "*.TXT", caseless, kGlobFiles);
+  EXPECT_EQ(namesOf(caseless), Names({"a.txt", "图纸.txt"}));
+  EXPECT_EQ(zrutGlobNoCaseSensitive2((dir / "d/").c_str(), "C.TXT", upper), 1);
+  EXPECT_EQ(namesOf(upper), Names({dir / "d/sub/c.txt"}));
 }
 
 TEST(Glob, NamesAtTheLengthLimitAndDirectoriesThatCannotBeListed) {
@@ -95,29 +102,11 @@ TEST(Glob, NamesAtTheLengthLimitAndDirectoriesThatCannotBeListed) {
   writeFile(dir / ("t/x/" + deepName + "/gggggg"), "");
   ZrFindDataArray found;
   zrutGlob((dir / "t").c_str(), "*", found, kGlobFiles | kGlobRecursive);
-  EXPECT_EQ(namesOf(found), std::set<std::string>({"x/" + longName, "x/" + deepName + "/fffff"}));
+  EXPECT_EQ(namesOf(found), Names({"x/" + longName, "x/" + deepName + "/fffff"}));
 
   ZrFindDataArray none;
   EXPECT_EQ(zrutGlob((dir / "missing").c_str(), "*", none, kGlobFiles), 0);
   EXPECT_EQ(zrutGlob((dir / ("t/x/" + longName)).c_str(), "*", none, kGlobFiles), 0);
-}
-
-TEST(Glob, FullPathsAndCaseInsensitiveMatching) {
-  TestDir dir;
-  makeTree(dir);
-  ZrArray<ZrUtf8String> paths;
-  zrutGlob2((dir / "d").c_str(), "*.txt", paths);
-  std::set<std::string> got;
-  for (const ZrUtf8String& p : paths) got.insert(p.str());
-  EXPECT_EQ(got, std::set<std::string>({dir / "d/a.txt", dir / "d/图纸.txt", dir / "d/sub/c.txt",
-                                        dir / "d/sub/deep/d.txt"}));
-
-  ZrFindDataArray found;
-  zrutGlobNoCaseSensitive((dir / "d").c_str(), "*.TXT", found, kGlobFiles);
-  EXPECT_EQ(namesOf(found), std::set<std::string>({"a.txt", "图纸.txt"}));
-  ZrArray<ZrUtf8String> upper;
-  EXPECT_EQ(zrutGlobNoCaseSensitive2((dir / "d/").c_str(), "C.TXT", upper), 1);
-  EXPECT_EQ(upper[0].str(), dir / "d/sub/c.txt");
 }
 
 }  // namespace

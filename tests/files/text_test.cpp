@@ -2,7 +2,6 @@
 //
 // The rows are the ones documented in text.h plus the edges around them; rows run through the
 // UTF-8 and the wide form where both exist.
-#include <pthread.h>
 #include <stdlib.h>
 #include <time.h>
 
@@ -67,7 +66,7 @@ TEST(Text, SplitAndJoin) {
               zrutSplitString(r.a, r.b, fields);
               return zrutJoinString(fields, "|");
             });
-  checkRows("splitA", {{"1.2..3.", ".", "1|2|3"}}, [](const Row& r) {
+  checkRows("splitA", {{"1.2..3.", ".", "1|2|3"}, {"..", ".", ""}}, [](const Row& r) {
     ZrArray<ZrUtf8String> fields;
     zrutSplitStringA(r.a, r.b[0], fields);
     return zrutJoinString(fields, "|");
@@ -80,12 +79,8 @@ TEST(Text, SplitAndJoin) {
               return text(fields.length()) + ":" + text(zrutJoinStringW(fields, L"|"));
             });
 
-  ZrArray<ZrUtf8String> list;
-  EXPECT_EQ(text(zrutJoinString(list, ",")), "");
-  list.append("a");
-  EXPECT_EQ(text(zrutJoinString(list, ",")), "a");
-  list.append("");
-  list.append("b");
+  ZrArray<ZrUtf8String> list;  // an empty field and a longer delimiter
+  for (const char* field : {"a", "", "b"}) list.append(field);
   EXPECT_EQ(text(zrutJoinString(list, ", ")), "a, , b");
 }
 
@@ -120,7 +115,6 @@ TEST(Text, ClockAndThreads) {
   EXPECT_NEAR(double(after / 1000000), double(time(nullptr)), 2.0);  // counted from the epoch
 
   uint64_t here = zrutCurrentThreadId(), there = 0;
-  EXPECT_EQ(here, uint64_t(pthread_self()));
   std::thread([&] { there = zrutCurrentThreadId(); }).join();
   EXPECT_NE(there, here);
 }
