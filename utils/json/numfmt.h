@@ -1,7 +1,8 @@
 // Number text of the element tree: "%ld" for integers and "%lf" for doubles, byte for byte.
 //
-// The writers format without going through printf: integers with std::to_chars, doubles with
-// std::to_chars in fixed notation with six decimals, which rounds exactly as printf does.
+// The writers format without going through printf: integers with std::to_chars; doubles below
+// 9e12 in magnitude by exact integer arithmetic on their binary value, larger ones with
+// std::to_chars in fixed notation; both round exactly as printf does (ties to even).
 //   2.5       => "2.500000"      1e-7 => "0.000000"     -0.0 => "-0.000000"
 //   NaN       => "nan" / "-nan"  inf  => "inf"
 #pragma once
