@@ -1,12 +1,14 @@
 // JSON text reader: builds elements straight from RapidJSON's SAX events.
 //
-// The parser runs with its default flags, so it accepts exactly the texts its DOM would; the
-// handler builds nodes as events arrive (no intermediate document). Object entries gather on one
-// shared stack and become a sorted block when the object ends; array items likewise. Depth is
-// counted in the handler, which stops the parser before its recursion can run away.
+// The parser runs with its default flags (in place, on a copy), so it accepts exactly the texts
+// its DOM would; the handler builds nodes as events arrive (no intermediate document). Object
+// entries gather on one shared stack and become a sorted block when the object ends; array
+// items likewise. Depth is counted in the handler, which stops the parser before its recursion
+// can run away.
 #include <rapidjson/document.h>
 #include <rapidjson/reader.h>
 
+#include <memory>
 #include <vector>
 
 #include "json/element_store.h"
@@ -165,10 +167,16 @@ void applyTo(ElementValue& target, ElementValue* built) {
 
 bool parseInto(ElementValue& target, std::string_view text) {
   if (!numbersAreSafe(text)) return false;
+  // Parsing a private copy in place decodes each string straight into the copy, where the
+  // plain mode pushes it byte by byte onto the parser's stack; the grammar is the same.
+  std::unique_ptr<char[]> copy(new char[text.size() + 1]);
+  std::memcpy(copy.get(), text.data(), text.size());
+  copy[text.size()] = 0;
   TreeBuilder builder;
   rapidjson::Reader reader;
-  rapidjson::StringStream stream(text.data());
-  if (reader.Parse<rapidjson::kParseDefaultFlags>(stream, builder).IsError()) return false;
+  rapidjson::InsituStringStream stream(copy.get());
+  if (reader.Parse<rapidjson::kParseDefaultFlags | rapidjson::kParseInsituFlag>(stream, builder).IsError())
+    return false;
   applyTo(target, builder.takeRoot());
   return true;
 }
