@@ -60,6 +60,12 @@ unsigned IElementValueBase::AddRef() {
 }
 
 unsigned IElementValueBase::Release() {
+  // The only holder: no other thread can reach the count, so skip the locked update (which
+  // would also stall the misses of a teardown behind one another).
+  if (m_refCount.load(std::memory_order_acquire) == 1) {
+    destroy(this);
+    return 0;
+  }
   unsigned left = m_refCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
   if (left == 0) destroy(this);
   return left;
