@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <mutex>
 #include <new>
+#include <utility>
 #include <vector>
 
 #include <zrad/json.h>
@@ -40,6 +41,11 @@ int classOf(size_t size) {
     if (size <= kClassSize[c]) return c;
   return -1;
 }
+
+// Blocks per batch, a table so the hot paths need no division.
+constexpr size_t kBatch[kClasses] = {kBatchBytes / kClassSize[0], kBatchBytes / kClassSize[1],
+                                     kBatchBytes / kClassSize[2], kBatchBytes / kClassSize[3]};
+size_t batchOf(int c) { return kBatch[c]; }
 
 struct FreeBlock {
   FreeBlock* next;
@@ -91,7 +97,8 @@ Stock& stock() {
 struct Cache {
   FreeBlock* head[kClasses];
   size_t count[kClasses];
-  bool closed;  // the thread is exiting: go straight to the stock
+  FreeBlock* spare[kClasses];  // a full batch, so handing one back needs no walk of a list
+  bool closed;                 // the thread is exiting: go straight to the stock
 };
 // Initial-exec: the library is loaded with the program, and the general model would cost a
 // call to __tls_get_addr on every allocation.
@@ -99,7 +106,10 @@ __attribute__((tls_model("initial-exec"))) thread_local Cache tCache;
 
 struct CacheCloser {
   ~CacheCloser() {
-    for (int c = 0; c < kClasses; ++c) stock().give(c, {tCache.head[c], tCache.count[c]});
+    for (int c = 0; c < kClasses; ++c) {
+      stock().give(c, {tCache.head[c], tCache.count[c]});
+      if (tCache.spare[c]) stock().give(c, {tCache.spare[c], batchOf(c)});
+    }
     tCache = Cache{};
     tCache.closed = true;
   }
@@ -108,6 +118,10 @@ thread_local CacheCloser tCloser;
 
 void* take(int c) {
   Cache& cache = tCache;
+  if (!cache.head[c] && cache.spare[c]) {
+    cache.head[c] = std::exchange(cache.spare[c], nullptr);
+    cache.count[c] = batchOf(c);
+  }
   if (!cache.head[c]) {
     Batch b = stock().take(c);
     if (cache.closed) {
@@ -120,6 +134,8 @@ void* take(int c) {
   }
   FreeBlock* n = cache.head[c];
   cache.head[c] = n->next;
+  // The next take reads that block's link: start fetching it now rather than chase it then.
+  __builtin_prefetch(cache.head[c], 1);
   --cache.count[c];
   return n;
 }
@@ -134,16 +150,13 @@ void give(int c, void* block) {
   }
   n->next = cache.head[c];
   cache.head[c] = n;
-  const size_t batch = kBatchBytes / kClassSize[c];
-  if (++cache.count[c] < 2 * batch) return;
-  // Hand a batch back so a thread that only frees does not hoard.
-  FreeBlock* first = cache.head[c];
-  FreeBlock* last = first;
-  for (size_t i = 1; i < batch; ++i) last = last->next;
-  cache.head[c] = last->next;
-  last->next = nullptr;
-  cache.count[c] -= batch;
-  stock().give(c, {first, batch});
+  if (++cache.count[c] < batchOf(c)) return;
+  // The head list is now a full batch: it becomes the spare, and an older spare goes back so a
+  // thread that only frees does not hoard.
+  if (cache.spare[c]) stock().give(c, {cache.spare[c], batchOf(c)});
+  cache.spare[c] = cache.head[c];
+  cache.head[c] = nullptr;
+  cache.count[c] = 0;
 }
 
 }  // namespace
