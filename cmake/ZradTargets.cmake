@@ -49,7 +49,7 @@ function(zrad_add_test name)
   find_package(GTest REQUIRED)
   add_executable(test_${name} ${ARG_SOURCES})
   _zrad_link_subsystems(test_${name} ${name})
-  target_link_libraries(test_${name} PRIVATE GTest::gtest GTest::gtest_main ${ARG_LIBS})
+  target_link_libraries(test_${name} PRIVATE zrad_testsupport GTest::gtest GTest::gtest_main ${ARG_LIBS})
   # Each suite runs in a directory of its own, so relative files (the default "zrad.log") stay there.
   set(workdir ${CMAKE_CURRENT_BINARY_DIR}/run)
   file(MAKE_DIRECTORY ${workdir})

@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 
 #include "crypto/hex.h"
+#include "common/testdir.h"
 #include "pattern.h"
 
 namespace {
@@ -56,13 +56,12 @@ const SizedDigest kSized[] = {
 
 // Each size as one buffer, fed piecewise, and as a file in a fresh temporary directory.
 TEST(Md5, BuffersPiecesAndFilesMatchMd5sumAndUnreadableFilesGiveEmpty) {
-  std::string dir = (std::filesystem::temp_directory_path() / "zrad_md5_XXXXXX").string();
-  ASSERT_NE(mkdtemp(&dir[0]), nullptr);
+  TestDir dir;
   const size_t pieces[] = {1, 7, 63, 64, 65, 4096};
   for (size_t i = 0; i < std::size(kSized); ++i) {
     const auto bytes = patternBytes(kSized[i].size);
     EXPECT_EQ(MD5_32(bytes.data(), unsigned(bytes.size()), false), kSized[i].digest) << "row " << i;
-    const std::string path = dir + "/f" + std::to_string(i);
+    const std::string path = dir / ("f" + std::to_string(i));
     std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     EXPECT_EQ(MD5_File32(path, false), kSized[i].digest) << "row " << i;
     for (size_t piece : pieces) {
@@ -77,10 +76,9 @@ TEST(Md5, BuffersPiecesAndFilesMatchMd5sumAndUnreadableFilesGiveEmpty) {
       EXPECT_EQ(zrad::crypto::toHex(digest, 16, false), kSized[i].digest) << "row " << i << " piece " << piece;
     }
   }
-  EXPECT_EQ(MD5_File32(dir + "/f2", true), "852E13533F66E414BBBBB3348DE4F81F");
-  EXPECT_EQ(MD5_File32(dir + "/missing", false), "");
-  EXPECT_EQ(MD5_File32(dir, false), "");  // a directory opens but cannot be read
-  std::filesystem::remove_all(dir);
+  EXPECT_EQ(MD5_File32(dir / "f2", true), "852E13533F66E414BBBBB3348DE4F81F");
+  EXPECT_EQ(MD5_File32(dir / "missing", false), "");
+  EXPECT_EQ(MD5_File32(dir.path(), false), "");  // a directory opens but cannot be read
 }
 
 TEST(Md5, BitCountCarriesIntoHighWord) {

@@ -9,7 +9,7 @@
 #include <zrad/files.h>
 
 #include "files/copybytes_posix.h"
-#include "testdir.h"
+#include "common/testdir.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 
 #include "files/content.h"
 #include "files/shellcommand.h"
-#include "testdir.h"
+#include "common/testdir.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 #include <zrad/files.h>
 
-#include "testdir.h"
+#include "common/testdir.h"
 
 namespace {
 

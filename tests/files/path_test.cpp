@@ -10,7 +10,7 @@
 #include <zrad/text.h>
 
 #include "rowcheck.h"
-#include "testdir.h"
+#include "common/testdir.h"
 
 namespace {
 

@@ -14,6 +14,8 @@
 
 #include <zrad/json.h>
 
+#include "common/testdir.h"
+
 namespace {
 
 std::string textOf(const ZrJsonPtr& e) { return e ? e->writeJson().str() : "null"; }
@@ -174,23 +176,8 @@ TEST(JsonText, IsNumber) {
 
 class JsonFiles : public ::testing::Test {
  protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/zradjsonXXXXXX";
-    ASSERT_TRUE(mkdtemp(pattern));
-    dir = pattern;
-  }
-  void TearDown() override { std::system(("rm -rf '" + dir + "'").c_str()); }
-  std::string path(const char* name) const { return dir + "/" + name; }
-  static std::string contents(const std::string& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-  }
-  static void put(const std::string& file, const std::string& bytes) {
-    std::ofstream(file, std::ios::binary) << bytes;
-  }
-  std::string dir;
+  std::string path(const char* name) const { return dir / name; }
+  TestDir dir;
 };
 
 TEST_F(JsonFiles, WriteReadAndLoadBothFormats) {
@@ -198,9 +185,9 @@ TEST_F(JsonFiles, WriteReadAndLoadBothFormats) {
   ASSERT_TRUE(tree);
   const std::string text = textOf(tree);
   ASSERT_TRUE(tree.write(path("t.json"), ZrJson::eJsonText));
-  EXPECT_EQ(contents(path("t.json")), text);
+  EXPECT_EQ(readFile(path("t.json")), text);
   ASSERT_TRUE(tree.write(path("t.bin"), ZrJson::eBinary));
-  EXPECT_EQ(static_cast<unsigned char>(contents(path("t.bin"))[0]), 0xE0);
+  EXPECT_EQ(static_cast<unsigned char>(readFile(path("t.bin"))[0]), 0xE0);
 
   ZrJson fromText;
   ASSERT_TRUE(fromText.read(path("t.json").c_str(), -1));
@@ -234,13 +221,13 @@ TEST_F(JsonFiles, DetectionOfFiles) {
       {"\xEF\xBB\xBF{\"bom\":1}", true, R"({"bom":1})"},
   };
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
-    put(path("f"), rows[i].content);
+    writeFile(path("f"), rows[i].content);
     ZrJson tree;
     EXPECT_EQ(tree.read(path("f").c_str(), -1), rows[i].result) << "row " << i;
     EXPECT_EQ(textOf(tree), rows[i].tree) << "row " << i;
   }
   // A file too small to tell: its path text stands in for the content.
-  put(path("s"), "{");
+  writeFile(path("s"), "{");
   ZrJson small;
   EXPECT_TRUE(small.read(path("s").c_str(), -1));
   EXPECT_EQ(textOf(small), "{}");

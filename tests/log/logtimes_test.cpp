@@ -19,7 +19,7 @@ TEST_F(LogTimes, PhasesAndFinalState) {
   zrLogTimes* times = zrLogTimes::getInstance();
   times->createFile(file.c_str());
   ASSERT_TRUE(exists(file));
-  EXPECT_EQ(read(file), "");
+  EXPECT_EQ(readFile(file), "");
 
   times->LogTime(zrLogTimes::kReadDwg, true);
   std::vector<std::string> got = lines(file);

@@ -1,11 +1,11 @@
 // Memory and file streams of the platform stand-in.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <string>
 
 #include <zrplatform/platform.h>
+
+#include "common/testdir.h"
 
 namespace {
 
@@ -41,20 +41,16 @@ TEST(Streams, MemoryStream) {
 }
 
 TEST(Streams, FileStreamsAndTheirFailures) {
-  char dir[] = "/tmp/zrplatformXXXXXX";
-  ASSERT_TRUE(mkdtemp(dir));
-  ZrUtf8String path = ZrUtf8String(dir) + "/s.bin";
+  TestDir dir;
+  ZrUtf8String path((dir / "s.bin").c_str());
   {
     ZrStreamBufPtr f = zrSystemServices()->createFile(path, kFileRead | kFileWrite, kShareDenyNo, kCreateNew);
     exercise(*f);
   }
   EXPECT_THROW(zrSystemServices()->createFile(path, kFileWrite, kShareDenyNo, kCreateNew), ZrError);
   EXPECT_THROW(zrSystemServices()->createFile(path + "x", kFileRead), ZrError);
-  EXPECT_THROW(zrSystemServices()->createFile(ZrUtf8String(dir), kFileRead), ZrError);
+  EXPECT_THROW(zrSystemServices()->createFile(ZrUtf8String(dir.path().c_str()), kFileRead), ZrError);
   ZrStreamBufPtr again = zrSystemServices()->createFile(ZrString(ZrString(path)), kFileRead);
   EXPECT_EQ(again->length(), 13u);
   EXPECT_TRUE(zrSystemServices()->accessFile(path, kFileRead));
-  again.reset();
-  std::remove(path.c_str());
-  rmdir(dir);
 }

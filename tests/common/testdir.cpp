@@ -1,5 +1,5 @@
 // Test helpers: fresh temporary directories and whole-file reads and writes.
-#include "testdir.h"
+#include "common/testdir.h"
 
 #include <cstdlib>
 #include <filesystem>
