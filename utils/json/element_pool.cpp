@@ -1,17 +1,18 @@
 // The element pool: small blocks for elements, names, texts and member lists, cached per thread.
 //
-// Trees are built and dropped constantly, block by block, so each thread keeps a free list per
-// size class (32, 64, 128 and 256 bytes) and trades whole batches with a shared stock under a
-// mutex; a thread that frees what another built hands the surplus back, so memory stays
+// Trees are built and dropped constantly, block by block, so each thread keeps the free blocks
+// of each size class (32, 64, 128 and 256 bytes) and trades whole batches with a shared stock
+// under a mutex; a thread that frees what another built hands the surplus back, so memory stays
 // bounded by the peak of live blocks. Chunks are kept for the life of the process. Larger
 // blocks, and every block in sanitizer builds (so use-after-free is still caught), come from
 // malloc.
 #include "json/element_pool.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <new>
-#include <utility>
 #include <vector>
 
 #include <zrad/json.h>
@@ -33,7 +34,8 @@ constexpr bool kPooled = true;
 
 constexpr int kClasses = 4;
 constexpr size_t kClassSize[kClasses] = {32, 64, 128, 256};
-constexpr size_t kBatchBytes = 64 * 1024;  // moved between a thread and the stock at once
+constexpr size_t kBatch = 1024;           // blocks moved between a thread and the stock at once
+constexpr size_t kSlots = 2 * kBatch;     // free blocks a thread keeps per class at most
 constexpr size_t kChunkBytes = 32 * 1024;
 
 int classOf(size_t size) {
@@ -42,49 +44,34 @@ int classOf(size_t size) {
   return -1;
 }
 
-// Blocks per batch, a table so the hot paths need no division.
-constexpr size_t kBatch[kClasses] = {kBatchBytes / kClassSize[0], kBatchBytes / kClassSize[1],
-                                     kBatchBytes / kClassSize[2], kBatchBytes / kClassSize[3]};
-size_t batchOf(int c) { return kBatch[c]; }
-
-struct FreeBlock {
-  FreeBlock* next;
-};
-
-struct Batch {
-  FreeBlock* head;
-  size_t count;
-};
-
 struct Stock {
   std::mutex mutex;
-  std::vector<Batch> batches[kClasses];
+  std::vector<void*> free[kClasses];
   std::vector<void*> chunks;  // every chunk, so the memory stays reachable
 
-  // A batch of free blocks of class `c`: a returned one, or a fresh chunk.
-  Batch take(int c) {
+  // Moves up to `max` free blocks of class `c` to `out` (carving a fresh chunk when there are
+  // none) and returns how many.
+  size_t take(int c, void** out, size_t max) {
     std::lock_guard<std::mutex> lock(mutex);
-    if (!batches[c].empty()) {
-      Batch b = batches[c].back();
-      batches[c].pop_back();
-      return b;
-    }
+    std::vector<void*>& f = free[c];
+    if (f.empty()) carve(c);
+    size_t n = std::min(max, f.size());
+    std::memcpy(out, f.data() + f.size() - n, n * sizeof(void*));
+    f.resize(f.size() - n);
+    return n;
+  }
+  void give(int c, void* const* blocks, size_t n) {
+    std::lock_guard<std::mutex> lock(mutex);
+    free[c].insert(free[c].end(), blocks, blocks + n);
+  }
+
+ private:
+  void carve(int c) {
     char* chunk = static_cast<char*>(std::malloc(kChunkBytes));
     if (!chunk) throw std::bad_alloc();
     chunks.push_back(chunk);
-    size_t count = kChunkBytes / kClassSize[c];
-    FreeBlock* head = nullptr;
-    for (size_t i = count; i-- > 0;) {
-      auto* n = reinterpret_cast<FreeBlock*>(chunk + i * kClassSize[c]);
-      n->next = head;
-      head = n;
-    }
-    return {head, count};
-  }
-  void give(int c, Batch b) {
-    if (!b.count) return;
-    std::lock_guard<std::mutex> lock(mutex);
-    batches[c].push_back(b);
+    // Highest first, so blocks are handed out in address order.
+    for (size_t i = kChunkBytes / kClassSize[c]; i-- > 0;) free[c].push_back(chunk + i * kClassSize[c]);
   }
 };
 
@@ -93,12 +80,13 @@ Stock& stock() {
   return *s;
 }
 
+// Free blocks as arrays of pointers rather than lists linked through the blocks: taking one
+// then never waits for a scattered block to arrive from memory just to find the next.
 // Trivially destructible, so it stays usable while other thread-local objects are destroyed.
 struct Cache {
-  FreeBlock* head[kClasses];
+  void** slots[kClasses];  // kSlots entries each, allocated on first use
   size_t count[kClasses];
-  FreeBlock* spare[kClasses];  // a full batch, so handing one back needs no walk of a list
-  bool closed;                 // the thread is exiting: go straight to the stock
+  bool closed;  // the thread is exiting: go straight to the stock
 };
 // Initial-exec: the library is loaded with the program, and the general model would cost a
 // call to __tls_get_addr on every allocation.
@@ -107,8 +95,8 @@ __attribute__((tls_model("initial-exec"))) thread_local Cache tCache;
 struct CacheCloser {
   ~CacheCloser() {
     for (int c = 0; c < kClasses; ++c) {
-      stock().give(c, {tCache.head[c], tCache.count[c]});
-      if (tCache.spare[c]) stock().give(c, {tCache.spare[c], batchOf(c)});
+      if (tCache.slots[c]) stock().give(c, tCache.slots[c], tCache.count[c]);
+      std::free(tCache.slots[c]);
     }
     tCache = Cache{};
     tCache.closed = true;
@@ -116,47 +104,53 @@ struct CacheCloser {
 };
 thread_local CacheCloser tCloser;
 
+// Gives the thread its slot array for class `c`; false once the thread is exiting.
+bool open(Cache& cache, int c) {
+  if (cache.closed) return false;
+  if (!cache.slots[c]) {
+    cache.slots[c] = static_cast<void**>(std::malloc(kSlots * sizeof(void*)));
+    if (!cache.slots[c]) throw std::bad_alloc();
+    (void)&tCloser;  // registers the closer for this thread
+  }
+  return true;
+}
+
+__attribute__((noinline)) void* takeSlow(Cache& cache, int c) {
+  if (!open(cache, c)) {
+    void* block;
+    stock().take(c, &block, 1);
+    return block;
+  }
+  cache.count[c] = stock().take(c, cache.slots[c], kBatch);
+  return cache.slots[c][--cache.count[c]];
+}
+
 void* take(int c) {
   Cache& cache = tCache;
-  if (!cache.head[c] && cache.spare[c]) {
-    cache.head[c] = std::exchange(cache.spare[c], nullptr);
-    cache.count[c] = batchOf(c);
+  if (!cache.count[c]) return takeSlow(cache, c);
+  return cache.slots[c][--cache.count[c]];
+}
+
+// Makes room for one more block in the thread's slots; false (the block goes to the stock
+// directly) once the thread is exiting.
+__attribute__((noinline)) bool makeRoom(Cache& cache, int c) {
+  if (!open(cache, c)) return false;
+  if (cache.count[c] == kSlots) {
+    // Hand the oldest batch back so a thread that only frees does not hoard.
+    stock().give(c, cache.slots[c], kBatch);
+    std::memmove(cache.slots[c], cache.slots[c] + kBatch, (kSlots - kBatch) * sizeof(void*));
+    cache.count[c] -= kBatch;
   }
-  if (!cache.head[c]) {
-    Batch b = stock().take(c);
-    if (cache.closed) {
-      stock().give(c, {b.head->next, b.count - 1});
-      return b.head;
-    }
-    (void)&tCloser;  // registers the closer for this thread
-    cache.head[c] = b.head;
-    cache.count[c] = b.count;
-  }
-  FreeBlock* n = cache.head[c];
-  cache.head[c] = n->next;
-  // The next take reads that block's link: start fetching it now rather than chase it then.
-  __builtin_prefetch(cache.head[c], 1);
-  --cache.count[c];
-  return n;
+  return true;
 }
 
 void give(int c, void* block) {
   Cache& cache = tCache;
-  auto* n = static_cast<FreeBlock*>(block);
-  if (cache.closed) {
-    n->next = nullptr;
-    stock().give(c, {n, 1});
+  if ((!cache.slots[c] || cache.count[c] == kSlots) && !makeRoom(cache, c)) {
+    stock().give(c, &block, 1);
     return;
   }
-  n->next = cache.head[c];
-  cache.head[c] = n;
-  if (++cache.count[c] < batchOf(c)) return;
-  // The head list is now a full batch: it becomes the spare, and an older spare goes back so a
-  // thread that only frees does not hoard.
-  if (cache.spare[c]) stock().give(c, {cache.spare[c], batchOf(c)});
-  cache.spare[c] = cache.head[c];
-  cache.head[c] = nullptr;
-  cache.count[c] = 0;
+  cache.slots[c][cache.count[c]++] = block;
 }
 
 }  // namespace
