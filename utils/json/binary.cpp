@@ -2,13 +2,15 @@
 //
 // One encoded element is a 16-bit type word and a body by kind (counts and lengths 32-bit, values
 // 64-bit, little-endian). The encoder builds the bytes in memory and writes them at once, so a
-// refused tree leaves the stream untouched. The decoder reads through a buffer, checks every
-// count and length against what the stream still holds before it reserves anything, and keeps
-// its open containers on a heap stack rather than the call stack.
+// refused tree leaves the stream untouched. The decoder reads a memory stream in place and
+// others through a buffer, checks every count and length against what the stream still holds
+// before it reserves anything, and keeps its open containers on a heap stack rather than the
+// call stack.
 #include "json/binary.h"
 
 #include <cstdlib>
 #include <memory>
+#include <typeinfo>
 #include <vector>
 
 #include "json/element_store.h"
@@ -143,22 +145,34 @@ class Encoder {
   OutBuffer& m_out;
 };
 
-// Buffered reading from a platform stream that never reads past what the stream holds.
+// Reading from a platform stream that never reads past what the stream holds: a memory
+// stream is read in place, any other through a buffer.
 class Input {
  public:
-  explicit Input(ZrStreamBuf& stream)
-      : m_stream(stream), m_left(stream.length() - stream.tell()), m_buf(new char[kChunk]) {}
-  // Puts back what was buffered but not used.
+  explicit Input(ZrStreamBuf& stream) : m_stream(stream) {
+    uint64_t at = stream.tell();
+    if (typeid(stream) == typeid(ZrMemoryStream)) {
+      const char* data = reinterpret_cast<const char*>(static_cast<ZrMemoryStream&>(stream).data());
+      m_begin = m_pos = data + at;
+      m_end = data + stream.length();
+    } else {
+      m_buf.reset(new char[kChunk]);
+      m_begin = m_pos = m_end = m_buf.get();
+      m_left = stream.length() - at;
+    }
+  }
+  // Leaves the stream just after what was used.
   ~Input() {
-    if (m_end > m_pos) m_stream.seek(-static_cast<int64_t>(m_end - m_pos), kSeekFromCurrent);
+    int64_t move = m_buf ? -(m_end - m_pos) : m_pos - m_begin;
+    if (move) m_stream.seek(move, kSeekFromCurrent);
   }
 
-  uint64_t remaining() const { return (m_end - m_pos) + m_left; }
+  uint64_t remaining() const { return static_cast<uint64_t>(m_end - m_pos) + m_left; }
 
   bool read(void* dst, uint64_t n) {
-    if (n <= m_end - m_pos) {
-      std::memcpy(dst, m_buf.get() + m_pos, static_cast<size_t>(n));
-      m_pos += static_cast<size_t>(n);
+    if (n <= static_cast<uint64_t>(m_end - m_pos)) {
+      std::memcpy(dst, m_pos, static_cast<size_t>(n));
+      m_pos += n;
       return true;
     }
     if (n > remaining()) return false;
@@ -166,12 +180,23 @@ class Input {
     while (n) {
       if (m_pos == m_end && !refill()) return false;
       size_t take = static_cast<size_t>(std::min<uint64_t>(n, m_end - m_pos));
-      std::memcpy(out, m_buf.get() + m_pos, take);
+      std::memcpy(out, m_pos, take);
       m_pos += take;
       out += take;
       n -= take;
     }
     return true;
+  }
+  // The next `n` bytes (n <= remaining()): in place when they are at hand, else via `scratch`.
+  bool view(uint64_t n, std::string& scratch, std::string_view& out) {
+    if (n <= static_cast<uint64_t>(m_end - m_pos)) {
+      out = std::string_view(m_pos, static_cast<size_t>(n));
+      m_pos += n;
+      return true;
+    }
+    scratch.resize(static_cast<size_t>(n));
+    out = scratch;
+    return read(scratch.data(), n);
   }
   bool skip(uint64_t n) {
     char sink[8];
@@ -191,19 +216,21 @@ class Input {
   static constexpr size_t kChunk = 64 * 1024;
 
   bool refill() {
+    if (!m_buf) return false;
     uint32_t want = static_cast<uint32_t>(std::min<uint64_t>(kChunk, m_left));
     uint32_t got = want ? m_stream.getBytes(m_buf.get(), want) : 0;
     m_left = got < want ? 0 : m_left - got;
-    m_pos = 0;
-    m_end = got;
+    m_pos = m_buf.get();
+    m_end = m_pos + got;
     return got > 0;
   }
 
   ZrStreamBuf& m_stream;
-  uint64_t m_left;
-  std::unique_ptr<char[]> m_buf;
-  size_t m_pos = 0;
-  size_t m_end = 0;
+  std::unique_ptr<char[]> m_buf;  // null when reading a memory stream in place
+  const char* m_begin;
+  const char* m_pos;
+  const char* m_end;
+  uint64_t m_left = 0;  // bytes of the stream not yet in the buffer
 };
 
 // Decodes without recursion: open containers wait on a stack of frames while their members
@@ -279,10 +306,11 @@ class Decoder {
   }
 
   // Reads the type and, for a scalar, its body; for an Array or Object only the member count.
+  // `e` is a fresh null element.
   bool readHead(ElementValue& e, uint32_t& count) {
     int16_t type;
     if (!m_in.get(type)) return false;
-    e.initWithType(type);
+    ElementAccess::type(e) = static_cast<uint32_t>(static_cast<int>(type));  // e is fresh: words 0
     uint32_t t = ElementAccess::type(e);
     uint64_t& word = ElementAccess::word(e);
     switch (kindOf(t)) {
@@ -312,15 +340,15 @@ class Decoder {
     }
   }
 
-  // A 32-bit length and that many bytes; a length of 0 or less is an empty text.
-  bool readText(std::string& text) {
-    text.clear();
+  // A 32-bit length and that many bytes; a length of 0 or less is an empty text. The view
+  // lasts until the next read.
+  bool readText(std::string_view& text) {
+    text = {};
     int32_t length;
     if (!m_in.get(length)) return false;
     if (length <= 0) return true;
     if (static_cast<uint64_t>(length) > m_in.remaining()) return false;
-    text.resize(static_cast<size_t>(length));
-    return m_in.read(text.data(), text.size());
+    return m_in.view(static_cast<uint64_t>(length), m_scratch, text);
   }
 
   // A count that the rest of the stream can hold at `minBytes` per member; negative is 0.
@@ -335,7 +363,8 @@ class Decoder {
   std::vector<Frame> m_frames;
   std::vector<Entry> m_entries;
   std::vector<IElementValueBase*> m_items;
-  std::string m_name;
+  std::string_view m_name;
+  std::string m_scratch;
 };
 
 }  // namespace
