@@ -2,7 +2,7 @@
 //
 // No white space; names in the map's byte-wise order, "*" before the names of read-only values;
 // None and null elements as []; numbers as "%ld" / "%lf"; strings escaped by the table in
-// putEscaped. Unescaped runs are copied in bulk into a buffer grown ahead of the writes.
+// putEscaped. Plain text is copied a word at a time into a buffer grown ahead of the writes.
 #include "json/element_store.h"
 #include "json/limits.h"
 #include "json/numfmt.h"
@@ -22,17 +22,33 @@ struct EscapeTable {
 };
 constexpr EscapeTable kEscape;
 
+// Whether one of the 8 bytes at `p` may need an escape: a control, '"' or '\\' (a zero byte
+// also answers yes; the byte-wise check then decides).
+bool mayNeedEscape(const char* p) {
+  constexpr uint64_t kOnes = 0x0101010101010101ull, kHighs = 0x8080808080808080ull;
+  uint64_t x;
+  std::memcpy(&x, p, sizeof x);
+  uint64_t quote = x ^ (kOnes * '"'), backslash = x ^ (kOnes * '\\');
+  return (((x - kOnes * 0x20) & ~x) | ((quote - kOnes) & ~quote) | ((backslash - kOnes) & ~backslash)) & kHighs;
+}
+
 void putEscaped(OutBuffer& out, std::string_view text) {
   static const char kHex[] = "0123456789abcdef";
   char* p = out.room(text.size() * 6);  // every byte escaped as \u00XX at worst
-  const char* run = text.data();
-  const char* end = run + text.size();
-  for (const char* c = run; c < end; ++c) {
-    unsigned char b = static_cast<unsigned char>(*c);
-    if (!kEscape.needs[b]) continue;
-    std::memcpy(p, run, static_cast<size_t>(c - run));
-    p += c - run;
-    run = c + 1;
+  const char* c = text.data();
+  const char* end = c + text.size();
+  while (c < end) {
+    // Plain text goes a word at a time.
+    if (end - c >= 8 && !mayNeedEscape(c)) {
+      std::memcpy(p, c, 8);
+      p += 8, c += 8;
+      continue;
+    }
+    unsigned char b = static_cast<unsigned char>(*c++);
+    if (!kEscape.needs[b]) {
+      *p++ = static_cast<char>(b);
+      continue;
+    }
     *p++ = '\\';
     switch (b) {
       case '\r': *p++ = 'r'; break;
@@ -44,8 +60,7 @@ void putEscaped(OutBuffer& out, std::string_view text) {
         *p++ = 'u', *p++ = '0', *p++ = '0', *p++ = kHex[b >> 4], *p++ = kHex[b & 15];
     }
   }
-  if (end > run) std::memcpy(p, run, static_cast<size_t>(end - run));
-  out.putEnd(p + (end - run));
+  out.putEnd(p);
 }
 
 void putQuoted(OutBuffer& out, std::string_view text) {
