@@ -132,6 +132,8 @@ TEST(JsonText, NumbersMatchPrintf) {
     std::memcpy(&d, &bits, sizeof d);
     values.push_back(d);
     values.push_back(static_cast<double>(static_cast<int64_t>(random() >> (random() % 64))) / 1e6);
+    // Dyadic fractions k / 2^n hold exact decimal ties such as 0.0078125 (1/128).
+    values.push_back(std::ldexp(static_cast<double>(random() >> 24), -static_cast<int>(random() % 60)));
   }
   ZrJsonPtr e = ElementValue::createObject(etDouble);
   char expected[400];
