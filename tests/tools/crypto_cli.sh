@@ -1,15 +1,7 @@
 #!/bin/sh
 # Smoke test of the zrad md5, base64 and des commands against coreutils on a random file.
-# Usage: zrad_crypto_cli.sh PATH/TO/zrad
-set -u
-zrad=$1
-dir=$(mktemp -d) || exit 1
-trap 'rm -rf "$dir"' EXIT
-failures=0
-check() {  # check DESCRIPTION COMMAND...: counts a failure when the command fails
-  what=$1; shift
-  if ! "$@"; then echo "FAILED: $what"; failures=$((failures + 1)); fi
-}
+# Usage: crypto_cli.sh PATH/TO/zrad
+. "$(dirname "$0")/cli.sh"
 head -c 100003 /dev/urandom > "$dir/in"
 
 check "md5 matches md5sum" test "$("$zrad" md5 "$dir/in")" = "$(md5sum < "$dir/in" | cut -c1-32)"
@@ -29,4 +21,4 @@ check "no output left after a failure" test ! -e "$dir/never"
 check "missing file fails with 1" test $? -eq 1
 "$zrad" des encrypt "$dir/in" "$dir/out" 2> /dev/null
 check "missing --pass is a usage error" test $? -eq 2
-exit $((failures != 0))
+finish
