@@ -30,7 +30,6 @@ void receive(int level, int line, const char* file, const char* function, const 
 class LogSink : public TempDirTest {
  protected:
   void SetUp() override {
-    TempDirTest::SetUp();
     file = path("zrad.log");
     zr_set_Log_file(file.c_str());
     zr_set_print_log_to_file(1);
@@ -42,7 +41,6 @@ class LogSink : public TempDirTest {
     zr_attach_log_fun(nullptr);
     zr_set_print_log_to_file(1);
     zr_set_print_log_level(4);
-    TempDirTest::TearDown();
   }
   std::string file;
 };

@@ -104,8 +104,7 @@ class ZrArray {
       zrAssert(false, "this->isValid(i)");
       return;
     }
-    T copy(v);
-    append(copy);
+    append(v);
     for (int k = m_length - 1; k > i; --k) std::swap(m_data[k], m_data[k - 1]);
   }
 
