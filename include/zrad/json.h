@@ -286,6 +286,7 @@ class ZRAD_EXPORT IElementValueBase {
   bool bEqual(const ZrJsonPtr& other) const;
 
  private:
+  friend struct ElementAccess;
   std::atomic<uint32_t> m_refCount{1};
 };
 

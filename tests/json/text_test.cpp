@@ -41,6 +41,11 @@ TEST(JsonText, RoundTrips) {
       {R"(["\t\u0001\"\\\r\n\/\u00e9\u001f "])", "[\"\\t\\u0001\\\"\\\\\\r\\n/\xc3\xa9\\u001f \"]"},
       {R"({"k\"ey\n":{}})", R"({"k\"ey\n":{}})"},
       {R"({"z":[],"y":{},"x":[[],{}]})", R"({"x":[[],{}],"y":{},"z":[]})"},
+      // names alike in their first eight bytes, with a zero byte, longer than the inline room
+      {R"({"favorite_count":1,"favorited":2,"favorite":3})", R"({"favorite":3,"favorite_count":1,"favorited":2})"},
+      {R"({"a\u0001":1,"a":2})", R"({"a":2,"a\u0001":1})"},
+      {R"({"a_long_property_name_2":1,"x":0,"a_long_property_name_1":2,"a_long_property_name_2":3})",
+       R"({"a_long_property_name_1":2,"a_long_property_name_2":3,"x":0})"},
   };
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
     ZrJsonPtr tree = ZrJson::readjson(rows[i].in);
@@ -49,6 +54,15 @@ TEST(JsonText, RoundTrips) {
       EXPECT_EQ(textOf(ZrJson::readjson(tree->writeJson())), rows[i].out) << "row " << i << " again";
     }
   }
+}
+
+TEST(JsonText, LargeObjectsSortAndSettle) {
+  std::string in = "{", out = "{";
+  for (int i = 40; i >= 0; --i) in += "\"k" + std::to_string(100 + i) + "\":" + std::to_string(i) + ",";
+  in += "\"k120\":-1}";
+  for (int i = 0; i <= 40; ++i) out += "\"k" + std::to_string(100 + i) + "\":" + std::to_string(i == 20 ? -1 : i) + ",";
+  out.back() = '}';
+  EXPECT_EQ(textOf(ZrJson::readjson(in)), out);
 }
 
 TEST(JsonText, ParseErrorsGiveNull) {

@@ -294,10 +294,8 @@ class Decoder {
     uint64_t& word = ElementAccess::word(*f.node);
     if (kindOf(ElementAccess::type(*f.node)) == etObject) {
       uint32_t n = static_cast<uint32_t>(m_entries.size() - f.start);
-      auto* store = static_cast<ObjectStore*>(blockFrom(m_entries.data() + f.start, sizeof(Entry), n));
+      word = reinterpret_cast<uint64_t>(settleEntries(m_entries.data() + f.start, n, Repeats::kLastWins));
       m_entries.resize(f.start);
-      if (store) store->size = sortAndSettle(store->items(), n, Repeats::kLastWins);
-      word = reinterpret_cast<uint64_t>(store);
     } else {
       uint32_t n = static_cast<uint32_t>(m_items.size() - f.start);
       word = reinterpret_cast<uint64_t>(blockFrom(m_items.data() + f.start, sizeof(IElementValueBase*), n));

@@ -53,6 +53,22 @@ void destroy(IElementValueBase* e) {
 
 }  // namespace
 
+namespace zrad::json {
+
+void releaseItem(IElementValueBase* e) {
+  if (!e) return;
+  // Dropping a tree is mostly dropping leaves held once: free those without the virtual
+  // Release and destructor round trips.
+  if (ElementValue* leaf = isLeaf(e) && ElementAccess::soleHolder(*e) ? static_cast<ElementValue*>(e) : nullptr) {
+    leaf->ElementValue::~ElementValue();
+    ElementValue::operator delete(leaf, sizeof(ElementValue));
+    return;
+  }
+  e->Release();
+}
+
+}  // namespace zrad::json
+
 IElementValueBase::~IElementValueBase() = default;
 
 unsigned IElementValueBase::AddRef() {

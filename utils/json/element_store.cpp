@@ -16,8 +16,42 @@ constexpr uint32_t kReleaseAhead = 4;
 
 size_t blockBytes(size_t itemSize, uint32_t capacity) { return sizeof(Block<char>) + capacity * itemSize; }
 
-bool nameLess(const Entry& a, const Entry& b) {
-  return compareNames(a.name.view(), b.name.view()) < 0;
+// Objects up to this many entries are sorted without touching the heap.
+constexpr uint32_t kSmall = 32;
+
+// Room for `n` items: on the stack for small counts, else on the heap.
+template <class T>
+class SmallBuffer {
+ public:
+  explicit SmallBuffer(uint32_t n) : m_data(n <= kSmall ? m_local : new T[n]) {}
+  ~SmallBuffer() {
+    if (m_data != m_local) delete[] m_data;
+  }
+  SmallBuffer(const SmallBuffer&) = delete;
+  SmallBuffer& operator=(const SmallBuffer&) = delete;
+  T* data() { return m_data; }
+  T& operator[](uint32_t i) { return m_data[i]; }
+
+ private:
+  T m_local[kSmall];
+  T* m_data;
+};
+
+// An entry's place in a sort: the first eight bytes of its name as a big-endian number (zero
+// padded), which orders most pairs of names with one integer comparison, and its position.
+struct SortKey {
+  uint64_t prefix;
+  uint32_t index;
+};
+
+static_assert(Name::kInline >= 8, "prefixOf reads eight bytes of an inline name");
+uint64_t prefixOf(const Name& name) {
+  // Eight bytes can always be read: an inline name has room for kInline, a heap name is longer.
+  uint64_t word;
+  std::memcpy(&word, name.view().data(), sizeof word);
+  word = __builtin_bswap64(word);
+  if (name.size >= 8) return word;
+  return name.size ? word & (~uint64_t(0) << (64 - 8 * name.size)) : 0;
 }
 
 }  // namespace
@@ -113,35 +147,51 @@ int findEntry(const ObjectStore* store, std::string_view name) {
   return -lo - 1;
 }
 
-uint32_t sortAndSettle(Entry* entries, uint32_t count, Repeats rule) {
+ObjectStore* settleEntries(Entry* gathered, uint32_t count, Repeats rule) {
+  if (count == 0) return nullptr;
+  SmallBuffer<SortKey> keys(count);
+  for (uint32_t i = 0; i < count; ++i) keys[i] = {prefixOf(gathered[i].name), i};
+  auto* store = static_cast<ObjectStore*>(poolAlloc(blockBytes(sizeof(Entry), count)));
+  store->capacity = count;
+  Entry* out = store->items();
+  auto less = [gathered](const SortKey& a, const SortKey& b) {
+    if (a.prefix != b.prefix) return a.prefix < b.prefix;
+    return compareNames(gathered[a.index].name.view(), gathered[b.index].name.view()) < 0;
+  };
   bool sorted = true;
-  for (uint32_t i = 1; i < count && sorted; ++i) sorted = nameLess(entries[i - 1], entries[i]);
-  if (sorted) return count;
-  // Stable, so repeated names stay in document order for the settling below. Most objects are
+  for (uint32_t i = 1; i < count && sorted; ++i) sorted = less(keys[i - 1], keys[i]);
+  if (sorted) {
+    std::memcpy(out, gathered, count * sizeof(Entry));
+    store->size = count;
+    return store;
+  }
+  // Stable, so repeated names stay in stream order for the settling below. Most objects are
   // small: insertion sort needs no buffer.
-  if (count <= 32) {
+  if (count <= kSmall) {
     for (uint32_t i = 1; i < count; ++i) {
-      Entry moving = entries[i];
+      SortKey moving = keys[i];
       uint32_t j = i;
-      for (; j > 0 && nameLess(moving, entries[j - 1]); --j) entries[j] = entries[j - 1];
-      entries[j] = moving;
+      for (; j > 0 && less(moving, keys[j - 1]); --j) keys[j] = keys[j - 1];
+      keys[j] = moving;
     }
   } else {
-    std::stable_sort(entries, entries + count, nameLess);
+    std::stable_sort(keys.data(), keys.data() + count, less);
   }
-  uint32_t out = 0;
+  uint32_t n = 0;
   for (uint32_t i = 0; i < count; ++i) {
-    if (out > 0 && entries[out - 1].name.view() == entries[i].name.view()) {
-      Entry& kept = entries[out - 1];
+    Entry& next = gathered[keys[i].index];
+    if (n > 0 && keys[i - 1].prefix == keys[i].prefix && out[n - 1].name.view() == next.name.view()) {
+      Entry& kept = out[n - 1];
       bool keepOld = rule == Repeats::kLikeSetProperty && kept.value && isReadOnly(static_cast<uint32_t>(kept.value->getType()));
-      if (!keepOld) std::swap(kept.value, entries[i].value);
-      freeName(entries[i].name);
-      releaseItem(entries[i].value);
+      if (!keepOld) std::swap(kept.value, next.value);
+      freeName(next.name);
+      releaseItem(next.value);
       continue;
     }
-    entries[out++] = entries[i];
+    out[n++] = next;
   }
-  return out;
+  store->size = n;
+  return store;
 }
 
 }  // namespace zrad::json

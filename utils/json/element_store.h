@@ -22,6 +22,7 @@ struct ElementAccess {
   static uint64_t word(const ElementValue& e) { return e.m_value.u; }
   static uint64_t& second(ElementValue& e) { return e.m_second; }
   static uint64_t second(const ElementValue& e) { return e.m_second; }
+  static bool soleHolder(const IElementValueBase& e) { return e.m_refCount.load(std::memory_order_acquire) == 1; }
   // A fresh element with count 1 that the caller owns.
   static ElementValue* make(uint32_t type) {
     ElementValue* e = new ElementValue();
@@ -54,10 +55,8 @@ inline ElementValue* asElement(IElementValueBase* e) {
   return e && typeid(*e) == typeid(ElementValue) ? static_cast<ElementValue*>(e) : nullptr;
 }
 
-// Drops the reference a stored pointer owns.
-inline void releaseItem(IElementValueBase* e) {
-  if (e) e->Release();
-}
+// Drops the reference a stored pointer owns (null is accepted).
+void releaseItem(IElementValueBase* e);
 
 // ---- text ----
 
@@ -141,13 +140,15 @@ void freeEntries(ObjectStore* store);
 // Index of `name` in the store, or -(insertion point) - 1 when absent.
 int findEntry(const ObjectStore* store, std::string_view name);
 
-// How sortAndSettle keeps one of several entries with the same name.
+// How settleEntries keeps one of several entries with the same name.
 enum class Repeats {
   kLikeSetProperty,  // a later value replaces an earlier one unless that is read-only
   kLastWins,
 };
-// Sorts entries gathered in stream order and settles repeated names; returns the new count.
-uint32_t sortAndSettle(Entry* entries, uint32_t count, Repeats rule);
+// A block of the entries `gathered` in stream order, sorted by name with repeated names settled
+// by `rule`; null when count is 0. Every name and value moves into the block or is freed; if
+// memory runs out (ZrError thrown) they all stay with `gathered`.
+ObjectStore* settleEntries(Entry* gathered, uint32_t count, Repeats rule);
 
 // Views of the platform's strings.
 inline std::string_view viewOf(const ZrUtf8String& s) { return std::string_view(s.str()); }

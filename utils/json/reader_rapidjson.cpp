@@ -68,9 +68,8 @@ class TreeBuilder {
   bool EndObject(rapidjson::SizeType) {
     Frame f = close();
     uint32_t count = static_cast<uint32_t>(m_entries.size() - f.start);
-    auto* store = static_cast<ObjectStore*>(blockFrom(m_entries.data() + f.start, sizeof(Entry), count));
+    ObjectStore* store = settleEntries(m_entries.data() + f.start, count, Repeats::kLikeSetProperty);
     m_entries.resize(f.start);
-    if (store) store->size = sortAndSettle(store->items(), count, Repeats::kLikeSetProperty);
     return addWord(etObject, reinterpret_cast<uint64_t>(store));
   }
   bool StartArray() { return open(false); }

@@ -33,8 +33,7 @@ bool ZrJson::readFromStream(const char* data, unsigned int length, int format, c
   if (!data || length == 0) return false;
   ElementValue* e = ensureElement();
   if (format == 0 || format >= 2) return true;
-  std::string text(data, length);  // the parser wants a terminating zero
-  std::string_view view = text;
+  std::string_view view(data, length);
   if (format < 0) {
     if (length < 2) return false;
     if (isBinarySignature(static_cast<unsigned char>(data[0]))) return true;
