@@ -77,6 +77,7 @@ TEST(BinaryStream, LayoutBytes) {
 
 TEST(BinaryStream, RoundTrips) {
   const char* texts[] = {R"({"*a":1,"b":[1.5,"x",{"c":null},[],{}],"e":{"f":true}})", "[[[]]]", "\"s\"",
+                         R"(["12345678901234","123456789012345",""])",
                          "-9223372036854775808", "[null,false]"};
   for (size_t i = 0; i < sizeof texts / sizeof texts[0]; ++i) {
     ZrJsonPtr tree = ZrJson::readjson(texts[i]);

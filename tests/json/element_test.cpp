@@ -103,6 +103,13 @@ TEST(ElementKinds, SettersChangeKindAndRespectReadOnly) {
   EXPECT_EQ(n->floatValue(), 1.5);
   ev(n)->setString("t", etString);
   EXPECT_EQ(n->strValue().str(), "t");
+  // Texts on both sides of the size kept inside the element, and kind changes in between.
+  for (const char* text : {"", "12345678901234", "123456789012345", "-77 short", "a longer text of some words"}) {
+    ASSERT_EQ(n->set_values(text), n);
+    EXPECT_EQ(n->strValue().str(), text);
+    EXPECT_EQ(n->longlongValue(), std::strtoll(text, nullptr, 10)) << text;
+    EXPECT_EQ(n->set_valuei(7)->strValue().str(), "7");
+  }
 
   IElementValueBase base;
   EXPECT_EQ(base.getType(), etNullFlag);

@@ -71,7 +71,7 @@ class Encoder {
     }
     uint64_t word = ElementAccess::word(*ev);
     switch (kind) {
-      case etString: putText(m_out, textOf(reinterpret_cast<const TextStore*>(word))); break;
+      case etString: putText(m_out, textOf(*ev)); break;
       case etByteBlock: {
         auto* data = reinterpret_cast<const char*>(ElementAccess::second(*ev));
         putText(m_out, data ? std::string_view(data, static_cast<uint32_t>(word)) : std::string_view());
@@ -316,7 +316,7 @@ class Decoder {
       case etArray: return readCount(count, 2);
       case etString:
         if (!readText(m_name)) return false;
-        word = reinterpret_cast<uint64_t>(makeText(m_name));
+        setText(e, m_name);
         return true;
       case etByteBlock: {
         uint32_t length;

@@ -1,8 +1,9 @@
 // ElementValue: kinds, storage life cycle, getters with their conversions, setters, and the
 // property and array operations.
 //
-// Containers and strings own a pool block from element_store.h in the value word (null: empty);
-// the byte block of kind 0x05 owns a malloc'd buffer in the second word.
+// Containers own a pool block from element_store.h in the value word (null: empty), strings
+// their text (inline or in a block, see textOf), and the byte block of kind 0x05 a malloc'd
+// buffer in the second word.
 #include <cstdint>
 #include <cstdlib>
 
@@ -29,12 +30,6 @@ unsigned long long truncateToUint64(double d) {
   return static_cast<unsigned long long>(truncateToInt64(d));
 }
 
-void replaceText(void*& slot, std::string_view text) {
-  TextStore* fresh = makeText(text);
-  freeText(static_cast<TextStore*>(slot));
-  slot = fresh;
-}
-
 ZrUtf8String hex32(const void* p) {
   return ZrUtf8String::format("0x%x", static_cast<unsigned>(reinterpret_cast<uintptr_t>(p)));
 }
@@ -55,7 +50,7 @@ void ElementValue::freePointerValue() {
   switch (kindOf(m_type)) {
     case etArray: freeItems(static_cast<ItemStore*>(m_value.p)); break;
     case etObject: freeEntries(static_cast<ObjectStore*>(m_value.p)); break;
-    case etString: freeText(static_cast<TextStore*>(m_value.p)); break;
+    case etString: freeText(*this); break;
     case etByteBlock: std::free(reinterpret_cast<void*>(m_second)); break;
     case etOwnedPointer: if (m_value.p) zrrxFree(m_value.p); break;
     case etRxObjectPointer: if (m_value.p) zrrxRelease(static_cast<ZrRxObject*>(m_value.p)); break;
@@ -84,7 +79,7 @@ void ElementValue::initWithType(int type) {
 
 void ElementValue::initWithUtf8String(const ZrUtf8String& text, bool readOnly) {
   initWithType(readOnly ? (etReadOnlyFlag | etString) : etString);
-  replaceText(m_value.p, viewOf(text));
+  setText(*this, viewOf(text));
 }
 
 void ElementValue::setString(const ZrUtf8String& text, int type) {
@@ -93,7 +88,7 @@ void ElementValue::setString(const ZrUtf8String& text, int type) {
     case etInteger: m_value.i = std::strtol(text.c_str(), nullptr, 10); break;
     case etDouble: m_value.d = std::strtod(text.c_str(), nullptr); break;
     case etString:
-      replaceText(m_value.p, viewOf(text));
+      setText(*this, viewOf(text));
       break;
     default: break;
   }
@@ -105,7 +100,7 @@ int ElementValue::getType() const { return static_cast<int>(m_type); }
 
 ZrUtf8String ElementValue::strValue() const {
   switch (kindOf(m_type)) {
-    case etString: return ZrUtf8String(std::string(textOf(static_cast<const TextStore*>(m_value.p))));
+    case etString: return ZrUtf8String(std::string(textOf(*this)));
     case etBoolean: return ZrUtf8String((m_value.u & 0xFF) ? "true" : "false");
     case etInteger: return ZrUtf8String(formatInteger(m_value.i));
     case etDouble: return ZrUtf8String(formatFixed6(m_value.d));
@@ -123,7 +118,7 @@ ZrUtf8String ElementValue::strValue() const {
 
 long long ElementValue::longlongValue() const {
   switch (kindOf(m_type)) {
-    case etString: return m_value.p ? std::strtoll(static_cast<TextStore*>(m_value.p)->data(), nullptr, 10) : 0;
+    case etString: return std::strtoll(textOf(*this).data(), nullptr, 10);
     case etBoolean: return (m_value.u & 0xFF) ? 1 : 0;
     case etInteger:
     case etTime: return m_value.i;
@@ -152,7 +147,7 @@ bool ElementValue::boolValue() const {
 
 double ElementValue::floatValue() const {
   switch (kindOf(m_type)) {
-    case etString: return m_value.p ? std::strtod(static_cast<TextStore*>(m_value.p)->data(), nullptr) : 0.0;
+    case etString: return std::strtod(textOf(*this).data(), nullptr);
     case etBoolean: return (m_value.u & 0xFF) ? 1.0 : 0.0;
     case etInteger: return static_cast<double>(m_value.u);
     case etDouble: return m_value.d;
@@ -203,7 +198,7 @@ ZrJsonPtr ElementValue::set_valuet(long long value) {
 }
 ZrJsonPtr ElementValue::set_values(const ZrUtf8String& value) {
   if (!prepareValue(this, etString)) return {};
-  replaceText(m_value.p, viewOf(value));
+  setText(*this, viewOf(value));
   return ZrJsonPtr(this);
 }
 ZrJsonPtr ElementValue::set_valued(double value) {

@@ -56,17 +56,30 @@ uint64_t prefixOf(const Name& name) {
 
 }  // namespace
 
-void freeText(TextStore* text) {
-  if (text) poolFree(text, sizeof(TextStore) + text->size + 1);
+static_assert(sizeof(ElementValue) == 32, "a short String's text spans the value and second words");
+
+void freeText(ElementValue& e) {
+  if (ElementAccess::words(e)[15]) return;
+  auto* t = reinterpret_cast<TextStore*>(ElementAccess::word(e));
+  if (t) poolFree(t, sizeof(TextStore) + t->size + 1);
 }
 
-TextStore* makeText(std::string_view text) {
-  if (text.empty()) return nullptr;
-  auto* t = static_cast<TextStore*>(poolAlloc(sizeof(TextStore) + text.size() + 1));
-  t->size = static_cast<uint32_t>(text.size());
-  std::memcpy(t->data(), text.data(), text.size());
-  t->data()[text.size()] = 0;
-  return t;
+void setText(ElementValue& e, std::string_view text) {
+  char words[16] = {};
+  if (text.empty()) {
+    // neither word holds anything
+  } else if (text.size() <= kInlineText) {
+    std::memcpy(words, text.data(), text.size());
+    words[15] = static_cast<char>(kInlineMark | text.size());
+  } else {
+    auto* t = static_cast<TextStore*>(poolAlloc(sizeof(TextStore) + text.size() + 1));
+    t->size = static_cast<uint32_t>(text.size());
+    std::memcpy(t->data(), text.data(), text.size());
+    t->data()[text.size()] = 0;
+    std::memcpy(words, &t, sizeof t);
+  }
+  freeText(e);
+  std::memcpy(ElementAccess::words(e), words, sizeof words);
 }
 
 void makeName(Name& name, std::string_view text) {

@@ -2,10 +2,11 @@
 //
 // An Array holds an ItemStore (a counted block of element pointers), an Object an ObjectStore
 // (a flat block of entries kept sorted byte-wise by name, so lookups are binary searches and
-// enumeration is by index), a String a TextStore. Every block is one allocation from the
+// enumeration is by index), a String its text (see textOf). Every block is one allocation from the
 // element pool; a null block stands for empty storage. Each stored element pointer owns one reference.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -22,6 +23,9 @@ struct ElementAccess {
   static uint64_t word(const ElementValue& e) { return e.m_value.u; }
   static uint64_t& second(ElementValue& e) { return e.m_second; }
   static uint64_t second(const ElementValue& e) { return e.m_second; }
+  // The value and second words as 16 adjacent bytes (a short String's text).
+  static char* words(ElementValue& e) { return reinterpret_cast<char*>(&e.m_value); }
+  static const char* words(const ElementValue& e) { return reinterpret_cast<const char*>(&e.m_value); }
   static bool soleHolder(const IElementValueBase& e) { return e.m_refCount.load(std::memory_order_acquire) == 1; }
   // A fresh element with count 1 that the caller owns.
   static ElementValue* make(uint32_t type) {
@@ -60,18 +64,31 @@ void releaseItem(IElementValueBase* e);
 
 // ---- text ----
 
+// A String's text, followed by a zero byte. Up to kInlineText bytes live in the element's own
+// value and second words, with kInlineMark | size in their last byte (a block pointer and an
+// unused second word leave that byte zero); longer texts live in a TextStore block from the pool
+// held in the value word. Empty text holds neither.
+constexpr size_t kInlineText = 14;
+constexpr unsigned char kInlineMark = 0x80;
+
 struct TextStore {
   uint32_t size;
   // followed by size bytes and a terminating zero
+  const char* data() const { return reinterpret_cast<const char*>(this + 1); }
   char* data() { return reinterpret_cast<char*>(this + 1); }
 };
 
-// A new block holding `text`; null for empty text.
-TextStore* makeText(std::string_view text);
-void freeText(TextStore* text);
-inline std::string_view textOf(const TextStore* t) {
-  return t ? std::string_view(const_cast<TextStore*>(t)->data(), t->size) : std::string_view();
+inline std::string_view textOf(const ElementValue& e) {
+  const char* words = ElementAccess::words(e);
+  unsigned char mark = static_cast<unsigned char>(words[15]);
+  if (mark) return std::string_view(words, mark & ~kInlineMark);
+  auto* t = reinterpret_cast<const TextStore*>(ElementAccess::word(e));
+  return t ? std::string_view(t->data(), t->size) : std::string_view("", 0);
 }
+// Gives the String `e` a copy of `text` in place of the text it holds.
+void setText(ElementValue& e, std::string_view text);
+// Frees the text block of the String `e`, if it has one (the words are left as they are).
+void freeText(ElementValue& e);
 
 // ---- property names ----
 

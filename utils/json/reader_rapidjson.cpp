@@ -54,7 +54,9 @@ class TreeBuilder {
   }
   bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }  // not with default flags
   bool String(const char* s, rapidjson::SizeType n, bool) {
-    return addWord(etString, reinterpret_cast<uint64_t>(makeText(std::string_view(s, n))));
+    ElementValue* e = ElementAccess::make(etString);
+    setText(*e, std::string_view(s, n));
+    return add(e);
   }
   bool Key(const char* s, rapidjson::SizeType n, bool) {
     std::string_view name(s, n);

@@ -106,7 +106,7 @@ class JsonWriter {
     uint64_t word = ElementAccess::word(*ev);
     switch (kindOf(type)) {
       case etString:
-        return putQuoted(m_out, textOf(reinterpret_cast<const TextStore*>(word)));
+        return putQuoted(m_out, textOf(*ev));
       case etInteger:
         return m_out.putEnd(putInteger(m_out.room(kIntegerTextMax), static_cast<int64_t>(word)));
       case etDouble: {
