@@ -368,12 +368,10 @@ class Decoder {
 }  // namespace
 
 bool encodeBinary(const IElementValueBase* root, std::string& out) {
-  size_t mark = out.size();
-  OutBuffer buffer(std::move(out));
-  bool ok = Encoder(buffer).encode(root, 0, true);
-  out = buffer.take();
-  if (!ok) out.resize(mark);
-  return ok;
+  OutBuffer buffer(out);
+  if (!Encoder(buffer).encode(root, 0, true)) return false;
+  out = buffer.text();
+  return true;
 }
 
 bool decodeBinary(ElementValue& target, ZrStreamBuf& stream) {
@@ -390,9 +388,9 @@ bool decodeBinary(ElementValue& target, ZrStreamBuf& stream) {
 bool signedBinary(const IElementValueBase& root, std::string& out) {
   out.assign(1, static_cast<char>(kBinarySignature));
   if (asElement(&root)) return encodeBinary(&root, out);
-  OutBuffer buffer(std::move(out));
+  OutBuffer buffer(out);
   appendOwnEncoding(buffer, root);
-  out = buffer.take();
+  out = buffer.text();
   return true;
 }
 

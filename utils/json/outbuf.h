@@ -1,25 +1,29 @@
 // Output buffer of the element tree's writers (JSON text and the binary form).
 #pragma once
 
-#include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace zrad::json {
 
 // The output under construction: a buffer grown ahead of the writes, so each token is one
-// bounds check and plain stores.
+// bounds check and plain stores. It grows by realloc, which neither zero-fills the new room
+// nor (for large blocks) copies the old bytes, as growing a std::string would.
 class OutBuffer {
  public:
   OutBuffer() = default;
-  // Continues after the bytes of `start`.
-  explicit OutBuffer(std::string start) : m_buf(std::move(start)), m_used(m_buf.size()) {}
+  explicit OutBuffer(std::string_view start) { put(start); }
+  ~OutBuffer() { std::free(m_data); }
+  OutBuffer(const OutBuffer&) = delete;
+  OutBuffer& operator=(const OutBuffer&) = delete;
 
+  // Room for `n` more bytes; putEnd tells how far they were used.
   char* room(size_t n) {
-    if (m_used + n > m_buf.size()) m_buf.resize(std::max(m_buf.size() * 2, m_used + n + 4096));
-    return &m_buf[m_used];
+    if (n > m_capacity - m_used) grow(n);
+    return m_data + m_used;
   }
   void put(char c) { *room(1) = c, ++m_used; }
   void put(std::string_view s) {
@@ -27,14 +31,20 @@ class OutBuffer {
     std::memcpy(room(s.size()), s.data(), s.size());
     m_used += s.size();
   }
-  void putEnd(const char* end) { m_used = static_cast<size_t>(end - m_buf.data()); }
-  std::string take() {
-    m_buf.resize(m_used);
-    return std::move(m_buf);
-  }
+  void putEnd(const char* end) { m_used = static_cast<size_t>(end - m_data); }
+  std::string text() const { return m_used ? std::string(m_data, m_used) : std::string(); }
 
  private:
-  std::string m_buf;
+  __attribute__((noinline)) void grow(size_t n) {
+    size_t capacity = m_capacity * 2 > m_used + n + 4096 ? m_capacity * 2 : m_used + n + 4096;
+    void* data = std::realloc(m_data, capacity);
+    if (!data) throw std::bad_alloc();
+    m_data = static_cast<char*>(data);
+    m_capacity = capacity;
+  }
+
+  char* m_data = nullptr;
+  size_t m_capacity = 0;
   size_t m_used = 0;
 };
 

@@ -32,17 +32,31 @@ bool mayNeedEscape(const char* p) {
   return (((x - kOnes * 0x20) & ~x) | ((quote - kOnes) & ~quote) | ((backslash - kOnes) & ~backslash)) & kHighs;
 }
 
-void putEscaped(OutBuffer& out, std::string_view text) {
+// Bytes `text` may take once escaped (every byte as \u00XX at worst).
+size_t escapedRoom(std::string_view text) { return text.size() * 6; }
+
+// Writes `text` escaped at `p`; returns the end.
+char* putEscaped(char* p, std::string_view text) {
   static const char kHex[] = "0123456789abcdef";
-  char* p = out.room(text.size() * 6);  // every byte escaped as \u00XX at worst
   const char* c = text.data();
   const char* end = c + text.size();
   while (c < end) {
-    // Plain text goes a word at a time.
-    if (end - c >= 8 && !mayNeedEscape(c)) {
-      std::memcpy(p, c, 8);
-      p += 8, c += 8;
-      continue;
+    // Plain text goes a word at a time; a short rest is tested as one word padded with spaces.
+    if (end - c >= 8) {
+      if (!mayNeedEscape(c)) {
+        std::memcpy(p, c, 8);
+        p += 8, c += 8;
+        continue;
+      }
+    } else {
+      char rest[8] = {' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
+      size_t n = static_cast<size_t>(end - c);
+      std::memcpy(rest, c, n);
+      if (!mayNeedEscape(rest)) {
+        std::memcpy(p, c, n);
+        p += n, c = end;
+        continue;
+      }
     }
     unsigned char b = static_cast<unsigned char>(*c++);
     if (!kEscape.needs[b]) {
@@ -60,23 +74,32 @@ void putEscaped(OutBuffer& out, std::string_view text) {
         *p++ = 'u', *p++ = '0', *p++ = '0', *p++ = kHex[b >> 4], *p++ = kHex[b & 15];
     }
   }
-  out.putEnd(p);
+  return p;
 }
 
 void putQuoted(OutBuffer& out, std::string_view text) {
-  out.put('"');
-  putEscaped(out, text);
-  out.put('"');
+  char* p = out.room(escapedRoom(text) + 2);
+  *p++ = '"';
+  p = putEscaped(p, text);
+  *p++ = '"';
+  out.putEnd(p);
 }
 
 bool readOnlyValue(const IElementValueBase* v) {
-  return v && (v->getType() & etReadOnlyFlag);
+  const ElementValue* ev = asElement(v);
+  uint32_t type = ev ? ElementAccess::type(*ev) : v ? static_cast<uint32_t>(v->getType()) : 0;
+  return (type & etReadOnlyFlag) != 0;
 }
 
+// "name": with a "*" before the name of a read-only value.
 __attribute__((noinline)) void putName(OutBuffer& out, std::string_view name, const IElementValueBase* value) {
-  out.put(readOnlyValue(value) ? std::string_view("\"*") : std::string_view("\""));
-  putEscaped(out, name);
-  out.put("\":");
+  char* p = out.room(escapedRoom(name) + 4);
+  *p++ = '"';
+  if (readOnlyValue(value)) *p++ = '*';
+  p = putEscaped(p, name);
+  *p++ = '"';
+  *p++ = ':';
+  out.putEnd(p);
 }
 
 class JsonWriter {
@@ -188,5 +211,5 @@ class JsonWriter {
 ZrUtf8String IElementValueBase::writeJson() const {
   OutBuffer out;
   if (!JsonWriter(out).write(this, 0)) return {};
-  return ZrUtf8String(out.take());
+  return ZrUtf8String(out.text());
 }
