@@ -46,6 +46,11 @@ TEST(JsonText, RoundTrips) {
       {R"({"a\u0001":1,"a":2})", R"({"a":2,"a\u0001":1})"},
       {R"({"a_long_property_name_2":1,"x":0,"a_long_property_name_1":2,"a_long_property_name_2":3})",
        R"({"a_long_property_name_1":2,"a_long_property_name_2":3,"x":0})"},
+      // objects of one size: the same names again, other names, names alike but for their ends
+      {R"([{"b":1,"a":2},{"b":3,"a":4},{"d":5,"c":6},{"prefix00_c":1,"prefix00_a":2,"prefix00_b":3},)"
+       R"({"prefix00_c":4,"prefix00_b":5,"prefix00_a":6}])",
+       R"([{"a":2,"b":1},{"a":4,"b":3},{"c":6,"d":5},{"prefix00_a":2,"prefix00_b":3,"prefix00_c":1},)"
+       R"({"prefix00_a":6,"prefix00_b":5,"prefix00_c":4}])"},
   };
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
     ZrJsonPtr tree = ZrJson::readjson(rows[i].in);

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "json/element_store.h"
+#include "json/entry_sort.h"
 #include "json/limits.h"
 #include "json/outbuf.h"
 

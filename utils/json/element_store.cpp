@@ -1,10 +1,8 @@
 // Element storage: text blocks, property names, item and entry blocks.
 //
 // Blocks come from the element pool; entries and item pointers are trivially relocatable, so
-// growing copies raw bytes and sorting moves them.
+// growing copies raw bytes.
 #include "json/element_store.h"
-
-#include <algorithm>
 
 #include "json/element_pool.h"
 
@@ -15,44 +13,6 @@ namespace {
 constexpr uint32_t kReleaseAhead = 4;
 
 size_t blockBytes(size_t itemSize, uint32_t capacity) { return sizeof(Block<char>) + capacity * itemSize; }
-
-// Objects up to this many entries are sorted without touching the heap.
-constexpr uint32_t kSmall = 32;
-
-// Room for `n` items: on the stack for small counts, else on the heap.
-template <class T>
-class SmallBuffer {
- public:
-  explicit SmallBuffer(uint32_t n) : m_data(n <= kSmall ? m_local : new T[n]) {}
-  ~SmallBuffer() {
-    if (m_data != m_local) delete[] m_data;
-  }
-  SmallBuffer(const SmallBuffer&) = delete;
-  SmallBuffer& operator=(const SmallBuffer&) = delete;
-  T* data() { return m_data; }
-  T& operator[](uint32_t i) { return m_data[i]; }
-
- private:
-  T m_local[kSmall];
-  T* m_data;
-};
-
-// An entry's place in a sort: the first eight bytes of its name as a big-endian number (zero
-// padded), which orders most pairs of names with one integer comparison, and its position.
-struct SortKey {
-  uint64_t prefix;
-  uint32_t index;
-};
-
-static_assert(Name::kInline >= 8, "prefixOf reads eight bytes of an inline name");
-uint64_t prefixOf(const Name& name) {
-  // Eight bytes can always be read: an inline name has room for kInline, a heap name is longer.
-  uint64_t word;
-  std::memcpy(&word, name.view().data(), sizeof word);
-  word = __builtin_bswap64(word);
-  if (name.size >= 8) return word;
-  return name.size ? word & (~uint64_t(0) << (64 - 8 * name.size)) : 0;
-}
 
 }  // namespace
 
@@ -121,11 +81,16 @@ void freeBlock(void* block, size_t itemSize) {
   if (block) poolFree(block, blockBytes(itemSize, static_cast<Block<char>*>(block)->capacity));
 }
 
-void* blockFrom(const void* items, size_t itemSize, uint32_t count) {
-  if (count == 0) return nullptr;
+void* newBlock(size_t itemSize, uint32_t count) {
   auto* b = static_cast<Block<char>*>(poolAlloc(blockBytes(itemSize, count)));
   b->size = b->capacity = count;
-  std::memcpy(b->items(), items, count * itemSize);
+  return b;
+}
+
+void* blockFrom(const void* items, size_t itemSize, uint32_t count) {
+  if (count == 0) return nullptr;
+  void* b = newBlock(itemSize, count);
+  std::memcpy(static_cast<Block<char>*>(b)->items(), items, count * itemSize);
   return b;
 }
 
@@ -158,53 +123,6 @@ int findEntry(const ObjectStore* store, std::string_view name) {
     else hi = mid - 1;
   }
   return -lo - 1;
-}
-
-ObjectStore* settleEntries(Entry* gathered, uint32_t count, Repeats rule) {
-  if (count == 0) return nullptr;
-  SmallBuffer<SortKey> keys(count);
-  for (uint32_t i = 0; i < count; ++i) keys[i] = {prefixOf(gathered[i].name), i};
-  auto* store = static_cast<ObjectStore*>(poolAlloc(blockBytes(sizeof(Entry), count)));
-  store->capacity = count;
-  Entry* out = store->items();
-  auto less = [gathered](const SortKey& a, const SortKey& b) {
-    if (a.prefix != b.prefix) return a.prefix < b.prefix;
-    return compareNames(gathered[a.index].name.view(), gathered[b.index].name.view()) < 0;
-  };
-  bool sorted = true;
-  for (uint32_t i = 1; i < count && sorted; ++i) sorted = less(keys[i - 1], keys[i]);
-  if (sorted) {
-    std::memcpy(out, gathered, count * sizeof(Entry));
-    store->size = count;
-    return store;
-  }
-  // Stable, so repeated names stay in stream order for the settling below. Most objects are
-  // small: insertion sort needs no buffer.
-  if (count <= kSmall) {
-    for (uint32_t i = 1; i < count; ++i) {
-      SortKey moving = keys[i];
-      uint32_t j = i;
-      for (; j > 0 && less(moving, keys[j - 1]); --j) keys[j] = keys[j - 1];
-      keys[j] = moving;
-    }
-  } else {
-    std::stable_sort(keys.data(), keys.data() + count, less);
-  }
-  uint32_t n = 0;
-  for (uint32_t i = 0; i < count; ++i) {
-    Entry& next = gathered[keys[i].index];
-    if (n > 0 && keys[i - 1].prefix == keys[i].prefix && out[n - 1].name.view() == next.name.view()) {
-      Entry& kept = out[n - 1];
-      bool keepOld = rule == Repeats::kLikeSetProperty && kept.value && isReadOnly(static_cast<uint32_t>(kept.value->getType()));
-      if (!keepOld) std::swap(kept.value, next.value);
-      freeName(next.name);
-      releaseItem(next.value);
-      continue;
-    }
-    out[n++] = next;
-  }
-  store->size = n;
-  return store;
 }
 
 }  // namespace zrad::json

@@ -140,6 +140,8 @@ using ObjectStore = Block<Entry>;
 
 // Grows `block` (null allowed) so it holds at least `needed` items; the result replaces it.
 void* growBlock(void* block, size_t itemSize, uint32_t needed);
+// A block of `count` items (count >= 1) not yet filled in.
+void* newBlock(size_t itemSize, uint32_t count);
 // A block with exactly `count` items copied from `items`; null when count is 0.
 void* blockFrom(const void* items, size_t itemSize, uint32_t count);
 // Frees a block (not its items); null is accepted.
@@ -156,16 +158,6 @@ void freeEntries(ObjectStore* store);
 
 // Index of `name` in the store, or -(insertion point) - 1 when absent.
 int findEntry(const ObjectStore* store, std::string_view name);
-
-// How settleEntries keeps one of several entries with the same name.
-enum class Repeats {
-  kLikeSetProperty,  // a later value replaces an earlier one unless that is read-only
-  kLastWins,
-};
-// A block of the entries `gathered` in stream order, sorted by name with repeated names settled
-// by `rule`; null when count is 0. Every name and value moves into the block or is freed; if
-// memory runs out (ZrError thrown) they all stay with `gathered`.
-ObjectStore* settleEntries(Entry* gathered, uint32_t count, Repeats rule);
 
 // Views of the platform's strings.
 inline std::string_view viewOf(const ZrUtf8String& s) { return std::string_view(s.str()); }

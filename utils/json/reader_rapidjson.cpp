@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "json/element_store.h"
+#include "json/entry_sort.h"
 #include "json/limits.h"
 #include "json/reader.h"
 #include "json/textguard.h"
@@ -70,7 +71,7 @@ class TreeBuilder {
   bool EndObject(rapidjson::SizeType) {
     Frame f = close();
     uint32_t count = static_cast<uint32_t>(m_entries.size() - f.start);
-    ObjectStore* store = settleEntries(m_entries.data() + f.start, count, Repeats::kLikeSetProperty);
+    ObjectStore* store = settleEntries(m_entries.data() + f.start, count, Repeats::kLikeSetProperty, &m_shapes);
     m_entries.resize(f.start);
     return addWord(etObject, reinterpret_cast<uint64_t>(store));
   }
@@ -133,6 +134,7 @@ class TreeBuilder {
   std::vector<Frame> m_frames;
   std::vector<Entry> m_entries;
   std::vector<IElementValueBase*> m_items;
+  ShapeMemo m_shapes;
   Name m_pending;
   bool m_pendingReadOnly = false;
   ElementValue* m_root = nullptr;
