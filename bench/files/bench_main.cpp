@@ -1,6 +1,6 @@
 // Benchmark entry: runs every pair of cases and prints zrad's time over its peer's.
 //
-// Cases are named "<case>/zrad" and "<case>/peer"; with repetitions the medians are compared.
+// Cases are named "<case>/zrad" and "<case>/peer"; with repetitions the fastest are compared.
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>

@@ -1,7 +1,7 @@
 // Path and text services side by side with the standard library doing the same job.
 //
 // Cases come in pairs "<case>/zrad" and "<case>/std"; after the table the shared reporter
-// prints, per case, our time over the standard library's (the median with repetitions).
+// prints, per case, our time over the standard library's (the fastest of the repetitions).
 #include <time.h>
 
 #include <cstdlib>
