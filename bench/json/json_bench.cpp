@@ -3,10 +3,12 @@
 // in nested arrays) and a deep configuration tree.
 //
 // Cases (each line "ratio <case>: zrad / <peer> = T", below 1 means faster):
-//   read_<doc>      text to tree, tree freed, beside RapidJSON's DOM parse and nlohmann's parse
+//   read_<doc>      text to tree beside RapidJSON's DOM parse and nlohmann's parse; dropping the
+//                   trees is not timed (on any side)
+//   readfree_<doc>  the same with the trees dropped in the timed loop
 //   write_<doc>     tree to text beside RapidJSON's Writer over its DOM
 //   binwrite_<doc>  our binary write beside our own text write ("text" side)
-//   binread_<doc>   our binary read beside our own text read
+//   binread_<doc>   our binary read beside our own text read (dropping the trees not timed)
 // Build with -DCMAKE_BUILD_TYPE=Release -DZRAD_BENCH=ON -DZRAD_TESTS=OFF.
 #include <zrad/json.h>
 
@@ -17,6 +19,7 @@
 #include <rapidjson/writer.h>
 
 #include <cstdio>
+#include <memory>
 #include <string>
 
 #include "common/peer_ratio.h"
@@ -109,25 +112,38 @@ const Doc& doc(int which) {
 
 void bytes(benchmark::State& state, size_t n) { state.SetBytesProcessed(int64_t(state.iterations() * n)); }
 
-void readZrad(benchmark::State& state, int which) {
+// Times `read()` and, when `timeDrop`, dropping what it returned as well.
+template <class Read>
+void reading(benchmark::State& state, bool timeDrop, Read read) {
+  for (auto _ : state) {
+    auto tree = read();
+    benchmark::DoNotOptimize(tree);
+    if (timeDrop) continue;
+    state.PauseTiming();
+    tree = {};
+    state.ResumeTiming();
+  }
+}
+
+void readZrad(benchmark::State& state, int which, bool timeDrop) {
   const ZrUtf8String text(doc(which).text);
-  for (auto _ : state) benchmark::DoNotOptimize(ZrJson::readjson(text).get());
+  reading(state, timeDrop, [&] { return ZrJson::readjson(text); });
   bytes(state, doc(which).text.size());
 }
 
-void readRapid(benchmark::State& state, int which) {
+void readRapid(benchmark::State& state, int which, bool timeDrop) {
   const std::string& text = doc(which).text;
-  for (auto _ : state) {
-    rapidjson::Document d;
-    d.Parse(text.c_str());
-    benchmark::DoNotOptimize(d.IsObject());
-  }
+  reading(state, timeDrop, [&] {
+    auto d = std::make_unique<rapidjson::Document>();
+    d->Parse(text.c_str());
+    return d;
+  });
   bytes(state, text.size());
 }
 
-void readNlohmann(benchmark::State& state, int which) {
+void readNlohmann(benchmark::State& state, int which, bool timeDrop) {
   const std::string& text = doc(which).text;
-  for (auto _ : state) benchmark::DoNotOptimize(nlohmann::json::parse(text).size());
+  reading(state, timeDrop, [&] { return nlohmann::json::parse(text); });
   bytes(state, text.size());
 }
 
@@ -169,28 +185,32 @@ ZrMemoryStreamPtr written(int which, ZrJson::fileFormat format) {
 
 void binRead(benchmark::State& state, int which) {
   ZrMemoryStreamPtr s = written(which, ZrJson::eBinary);
-  for (auto _ : state) {
+  reading(state, false, [&] {
     s->rewind();
     ZrJson tree;
-    benchmark::DoNotOptimize(tree.readBinaryStream(s.get()));
-  }
+    tree.readBinaryStream(s.get());
+    return tree;
+  });
 }
 
 void textRead(benchmark::State& state, int which) {
   ZrMemoryStreamPtr s = written(which, ZrJson::eJsonText);
-  for (auto _ : state) {
+  reading(state, false, [&] {
     ZrJson tree;
-    benchmark::DoNotOptimize(
-        tree.readFromStream(reinterpret_cast<const char*>(s->data()), static_cast<unsigned>(s->length()), 1));
-  }
+    tree.readFromStream(reinterpret_cast<const char*>(s->data()), static_cast<unsigned>(s->length()), 1);
+    return tree;
+  });
 }
 
 const bool kRegistered = [] {
   for (int which = 0; which < 3; ++which) {
     std::string name = doc(which).name;
-    benchmark::RegisterBenchmark(("read_" + name + "/zrad").c_str(), readZrad, which);
-    benchmark::RegisterBenchmark(("read_" + name + "/rapidjson").c_str(), readRapid, which);
-    benchmark::RegisterBenchmark(("read_" + name + "/nlohmann").c_str(), readNlohmann, which);
+    for (bool timeDrop : {false, true}) {
+      std::string read = (timeDrop ? "readfree_" : "read_") + name;
+      benchmark::RegisterBenchmark((read + "/zrad").c_str(), readZrad, which, timeDrop);
+      benchmark::RegisterBenchmark((read + "/rapidjson").c_str(), readRapid, which, timeDrop);
+      if (!timeDrop) benchmark::RegisterBenchmark((read + "/nlohmann").c_str(), readNlohmann, which, timeDrop);
+    }
     benchmark::RegisterBenchmark(("write_" + name + "/zrad").c_str(), writeZrad, which);
     benchmark::RegisterBenchmark(("write_" + name + "/rapidjson").c_str(), writeRapid, which);
     benchmark::RegisterBenchmark(("binwrite_" + name + "/zrad").c_str(), writeStream, which, ZrJson::eBinary);

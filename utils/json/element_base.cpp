@@ -57,12 +57,27 @@ namespace zrad::json {
 
 void releaseItem(IElementValueBase* e) {
   if (!e) return;
-  // Dropping a tree is mostly dropping leaves held once: free those without the virtual
-  // Release and destructor round trips.
-  if (ElementValue* leaf = isLeaf(e) && ElementAccess::soleHolder(*e) ? static_cast<ElementValue*>(e) : nullptr) {
-    leaf->ElementValue::~ElementValue();
-    ElementValue::operator delete(leaf, sizeof(ElementValue));
-    return;
+  // Dropping a tree is mostly dropping scalars held once. Those that own nothing, and strings
+  // once their text is gone, have nothing left for the destructors to do: their block goes
+  // straight back without the virtual Release and destructor calls.
+  ElementValue* ev = asElement(e);
+  if (ev && ElementAccess::soleHolder(*ev)) {
+    switch (kindOf(ElementAccess::type(*ev))) {
+      case etString:
+        freeText(*ev);
+        [[fallthrough]];
+      case etNone:
+      case etBoolean:
+      case etInteger:
+      case etDouble:
+      case etPointer:
+      case etReserved42:
+      case etTime:
+        ElementValue::operator delete(ev, sizeof(ElementValue));
+        return;
+      default:
+        break;
+    }
   }
   e->Release();
 }

@@ -131,31 +131,34 @@ void* take(int c) {
   return cache.slots[c][--cache.count[c]];
 }
 
-// Makes room for one more block in the thread's slots; false (the block goes to the stock
-// directly) once the thread is exiting.
-__attribute__((noinline)) bool makeRoom(Cache& cache, int c) {
-  if (!open(cache, c)) return false;
+// Takes `block` when the thread's slots are full or not yet there: makes room by handing the
+// oldest batch back (so a thread that only frees does not hoard), or gives the block to the
+// stock directly once the thread is exiting.
+__attribute__((noinline)) void giveSlow(Cache& cache, int c, void* block) {
+  if (!open(cache, c)) {
+    stock().give(c, &block, 1);
+    return;
+  }
   if (cache.count[c] == kSlots) {
-    // Hand the oldest batch back so a thread that only frees does not hoard.
     stock().give(c, cache.slots[c], kBatch);
     std::memmove(cache.slots[c], cache.slots[c] + kBatch, (kSlots - kBatch) * sizeof(void*));
     cache.count[c] -= kBatch;
   }
-  return true;
+  cache.slots[c][cache.count[c]++] = block;
 }
 
+// Kept small and free of calls but the rare one, so it needs no stack frame.
 void give(int c, void* block) {
   Cache& cache = tCache;
-  if ((!cache.slots[c] || cache.count[c] == kSlots) && !makeRoom(cache, c)) {
-    stock().give(c, &block, 1);
-    return;
-  }
-  cache.slots[c][cache.count[c]++] = block;
+  size_t n = cache.count[c];
+  if (!cache.slots[c] || n == kSlots) return giveSlow(cache, c, block);
+  cache.slots[c][n] = block;
+  cache.count[c] = n + 1;
 }
 
 }  // namespace
 
-void* poolAlloc(size_t size) {
+__attribute__((noinline)) void* poolAlloc(size_t size) {
   int c = kPooled ? classOf(size) : -1;
   if (c >= 0) return take(c);
   void* p = std::malloc(size ? size : 1);
@@ -163,7 +166,7 @@ void* poolAlloc(size_t size) {
   return p;
 }
 
-void poolFree(void* block, size_t size) {
+__attribute__((noinline)) void poolFree(void* block, size_t size) {
   if (!block) return;
   int c = kPooled ? classOf(size) : -1;
   if (c >= 0) give(c, block);
@@ -172,6 +175,14 @@ void poolFree(void* block, size_t size) {
 
 }  // namespace zrad::json
 
-void* ElementValue::operator new(size_t size) { return zrad::json::poolAlloc(size); }
+// Elements are the most frequent blocks: they go to their class without the size lookup.
+static_assert(sizeof(ElementValue) == zrad::json::kClassSize[0], "elements fill the smallest class");
 
-void ElementValue::operator delete(void* block, size_t size) { zrad::json::poolFree(block, size); }
+void* ElementValue::operator new(size_t size) {
+  return zrad::json::kPooled && size == sizeof(ElementValue) ? zrad::json::take(0) : zrad::json::poolAlloc(size);
+}
+
+void ElementValue::operator delete(void* block, size_t size) {
+  if (zrad::json::kPooled && size == sizeof(ElementValue) && block) zrad::json::give(0, block);
+  else zrad::json::poolFree(block, size);
+}

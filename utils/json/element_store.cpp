@@ -53,10 +53,7 @@ void makeName(Name& name, std::string_view text) {
   std::memcpy(name.bytes, &heap, sizeof heap);
 }
 
-void freeName(Name& name) {
-  if (name.size > Name::kInline) poolFree(const_cast<char*>(name.view().data()), name.size);
-  name.size = 0;
-}
+void freeHeapName(Name& name) { poolFree(const_cast<char*>(name.view().data()), name.size); }
 
 void* growBlock(void* block, size_t itemSize, uint32_t needed) {
   uint32_t capacity = block ? static_cast<Block<char>*>(block)->capacity : 0;

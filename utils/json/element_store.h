@@ -108,7 +108,11 @@ struct Name {
 
 // Fills `name` with a copy of `text`; pair with freeName.
 void makeName(Name& name, std::string_view text);
-void freeName(Name& name);
+void freeHeapName(Name& name);
+inline void freeName(Name& name) {
+  if (name.size > Name::kInline) freeHeapName(name);
+  name.size = 0;
+}
 
 // strcmp order on the UTF-8 bytes (a shorter prefix first).
 inline int compareNames(std::string_view a, std::string_view b) {
