@@ -21,19 +21,31 @@
 namespace zrad::json {
 namespace {
 
-// Little-endian fields.
-template <size_t N>
-void putLE(OutBuffer& out, uint64_t v) {
-  char* p = out.room(N);
-  for (size_t i = 0; i < N; ++i) p[i] = static_cast<char>(v >> (8 * i));
-  out.putEnd(p + N);
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "fields are written in the host's order");
+
+// Little-endian fields, written at `p`; each returns the end.
+template <class T>
+char* putField(char* p, T v) {
+  std::memcpy(p, &v, sizeof v);
+  return p + sizeof v;
 }
-void put16(OutBuffer& out, uint32_t v) { putLE<2>(out, v); }
-void put32(OutBuffer& out, uint32_t v) { putLE<4>(out, v); }
-void put64(OutBuffer& out, uint64_t v) { putLE<8>(out, v); }
-void putText(OutBuffer& out, std::string_view text) {
-  put32(out, static_cast<uint32_t>(text.size()));
-  out.put(text);
+char* putText(char* p, std::string_view text) {
+  p = putField(p, static_cast<uint32_t>(text.size()));
+  if (!text.empty()) std::memcpy(p, text.data(), text.size());
+  return p + text.size();
+}
+
+template <class T>
+void put(OutBuffer& out, T v) {
+  out.putEnd(putField(out.room(sizeof v), v));
+}
+void put16(OutBuffer& out, uint32_t v) { put(out, static_cast<uint16_t>(v)); }
+void put32(OutBuffer& out, uint32_t v) { put(out, v); }
+void put64(OutBuffer& out, uint64_t v) { put(out, v); }
+void putText(OutBuffer& out, std::string_view text) { out.putEnd(putText(out.room(4 + text.size()), text)); }
+// A type word and a text: strings and byte blocks.
+void putTyped(OutBuffer& out, uint32_t type, std::string_view text) {
+  out.putEnd(putText(putField(out.room(2 + 4 + text.size()), static_cast<uint16_t>(type)), text));
 }
 
 // Another element class writes itself through its writeBinary slot.
@@ -59,28 +71,29 @@ class Encoder {
       return true;
     }
     uint32_t type = ev ? ElementAccess::type(*ev) : static_cast<uint32_t>(e->getType());
-    put16(m_out, type & 0xFFFF);
     int kind = kindOf(type);
+    if (ev && !isContainerGroup(type)) {
+      // The common case, one reservation per element.
+      uint64_t word = ElementAccess::word(*ev);
+      switch (kind) {
+        case etString: putTyped(m_out, type, textOf(*ev)); break;
+        case etByteBlock: {
+          auto* data = reinterpret_cast<const char*>(ElementAccess::second(*ev));
+          putTyped(m_out, type, data ? std::string_view(data, static_cast<uint32_t>(word)) : std::string_view());
+          break;
+        }
+        case etReserved42: put16(m_out, type); break;
+        default: m_out.putEnd(putField(putField(m_out.room(2 + 8), static_cast<uint16_t>(type)), word));
+      }
+      return true;
+    }
+    put16(m_out, type);
     if (isContainerGroup(type)) {
       if (kind != etObject && kind != etArray) return true;
       if (depth >= kMaxDepth) return false;
       return kind == etObject ? encodeObject(e, ev, depth + 1) : encodeArray(e, ev, depth + 1);
     }
-    if (!ev) {
-      encodeScalar(e, kind);
-      return true;
-    }
-    uint64_t word = ElementAccess::word(*ev);
-    switch (kind) {
-      case etString: putText(m_out, textOf(*ev)); break;
-      case etByteBlock: {
-        auto* data = reinterpret_cast<const char*>(ElementAccess::second(*ev));
-        putText(m_out, data ? std::string_view(data, static_cast<uint32_t>(word)) : std::string_view());
-        break;
-      }
-      case etReserved42: break;
-      default: put64(m_out, word);
-    }
+    encodeScalar(e, kind);
     return true;
   }
 
@@ -203,14 +216,16 @@ class Input {
     char sink[8];
     return n <= sizeof sink && read(sink, n);
   }
+  // A little-endian field (the host's own order).
   template <class T>
   bool get(T& v) {
-    unsigned char b[sizeof(T)];
-    if (!read(b, sizeof b)) return false;
-    uint64_t u = 0;
-    for (size_t i = sizeof b; i-- > 0;) u = (u << 8) | b[i];
-    v = static_cast<T>(u);
-    return true;
+    static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "fields are read in the host's order");
+    if (sizeof(T) <= static_cast<size_t>(m_end - m_pos)) {
+      std::memcpy(&v, m_pos, sizeof(T));
+      m_pos += sizeof(T);
+      return true;
+    }
+    return read(&v, sizeof(T));
   }
 
  private:
@@ -248,9 +263,9 @@ class Decoder {
   }
 
   bool decode(ElementValue& root) {
-    uint32_t count;
+    uint32_t count = 0;
     if (!readHead(root, count)) return false;
-    if (isOpen(root)) m_frames.push_back({&root, count, 0});
+    if (isOpen(root)) open(root, count);
     while (!m_frames.empty()) {
       Frame& top = m_frames.back();
       if (top.left == 0) {
@@ -259,20 +274,20 @@ class Decoder {
         continue;
       }
       --top.left;
-      bool object = kindOf(ElementAccess::type(*top.node)) == etObject;
+      bool object = top.object;
       if (object && !readText(m_name)) return false;
       ElementValue* child = ElementAccess::make(etNullFlag);
       if (object) {
-        m_entries.push_back({{}, child});
-        makeName(m_entries.back().name, m_name);
+        Entry entry{{}, child};
+        makeName(entry.name, m_name);
+        m_entries.push_back(entry);
       } else {
         m_items.push_back(child);
       }
       if (!readHead(*child, count)) return false;
       if (isOpen(*child)) {
         if (m_frames.size() >= static_cast<size_t>(kMaxDepth)) return false;
-        bool childObject = kindOf(ElementAccess::type(*child)) == etObject;
-        m_frames.push_back({child, count, childObject ? m_entries.size() : m_items.size()});
+        open(*child, count);
       }
     }
     return true;
@@ -282,6 +297,7 @@ class Decoder {
   struct Frame {
     ElementValue* node;
     uint32_t left;  // members still to read
+    bool object;
     size_t start;   // where its members begin on the shared stack
   };
 
@@ -290,10 +306,15 @@ class Decoder {
     return kind == etObject || kind == etArray;
   }
 
+  void open(ElementValue& node, uint32_t count) {
+    bool object = kindOf(ElementAccess::type(node)) == etObject;
+    m_frames.push_back({&node, count, object, object ? m_entries.size() : m_items.size()});
+  }
+
   // Moves the gathered members of a finished container into its block.
   void close(const Frame& f) {
     uint64_t& word = ElementAccess::word(*f.node);
-    if (kindOf(ElementAccess::type(*f.node)) == etObject) {
+    if (f.object) {
       uint32_t n = static_cast<uint32_t>(m_entries.size() - f.start);
       word = reinterpret_cast<uint64_t>(settleEntries(m_entries.data() + f.start, n, Repeats::kLastWins));
       m_entries.resize(f.start);
