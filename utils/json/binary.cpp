@@ -389,12 +389,7 @@ class Decoder {
 
 }  // namespace
 
-bool encodeBinary(const IElementValueBase* root, std::string& out) {
-  OutBuffer buffer(out);
-  if (!Encoder(buffer).encode(root, 0, true)) return false;
-  out = buffer.text();
-  return true;
-}
+bool encodeBinary(const IElementValueBase* root, OutBuffer& out) { return Encoder(out).encode(root, 0, true); }
 
 bool decodeBinary(ElementValue& target, ZrStreamBuf& stream) {
   ZrJsonPtr fresh = ElementValue::createObject(etNullFlag);
@@ -407,16 +402,14 @@ bool decodeBinary(ElementValue& target, ZrStreamBuf& stream) {
   return true;
 }
 
-bool signedBinary(const IElementValueBase& root, std::string& out) {
-  out.assign(1, static_cast<char>(kBinarySignature));
+bool signedBinary(const IElementValueBase& root, OutBuffer& out) {
+  out.put(static_cast<char>(kBinarySignature));
   if (asElement(&root)) return encodeBinary(&root, out);
-  OutBuffer buffer(out);
-  appendOwnEncoding(buffer, root);
-  out = buffer.text();
+  appendOwnEncoding(out, root);
   return true;
 }
 
-void putAll(ZrStreamBuf& stream, const std::string& bytes) {
+void putAll(ZrStreamBuf& stream, std::string_view bytes) {
   constexpr size_t kBlock = size_t(1) << 30;
   for (size_t at = 0; at < bytes.size(); at += kBlock)
     stream.putBytes(bytes.data() + at, static_cast<uint32_t>(std::min(kBlock, bytes.size() - at)));
@@ -425,8 +418,8 @@ void putAll(ZrStreamBuf& stream, const std::string& bytes) {
 }  // namespace zrad::json
 
 void IElementValueBase::writeBinary(ZrSmartPtr<ZrStreamBuf> stream) {
-  std::string bytes;
-  if (stream && zrad::json::encodeBinary(this, bytes)) zrad::json::putAll(*stream, bytes);
+  zrad::json::OutBuffer bytes;
+  if (stream && zrad::json::encodeBinary(this, bytes)) zrad::json::putAll(*stream, bytes.view());
 }
 
 void ElementValue::writeBinary(ZrSmartPtr<ZrStreamBuf> stream) { IElementValueBase::writeBinary(stream); }

@@ -1,15 +1,17 @@
 // Binary element stream: the little-endian encoding of an element tree.
 #pragma once
 
-#include <string>
+#include <string_view>
 
 #include <zrad/json.h>
 
+#include "json/outbuf.h"
+
 namespace zrad::json {
 
-// Appends the encoding of `root` (no signature) to `out`. False, with `out` unchanged, when
-// the tree nests deeper than kMaxDepth.
-bool encodeBinary(const IElementValueBase* root, std::string& out);
+// Appends the encoding of `root` (no signature) to `out`. False when the tree nests deeper
+// than kMaxDepth (`out` then holds part of it).
+bool encodeBinary(const IElementValueBase* root, OutBuffer& out);
 
 // The first byte of a binary file or stream.
 constexpr unsigned char kBinarySignature = 0xE0;
@@ -19,9 +21,9 @@ constexpr unsigned char kBinarySignature = 0xE0;
 bool decodeBinary(ElementValue& target, ZrStreamBuf& stream);
 
 // The signature byte and the encoding of `root`, as ZrJson writes files and streams.
-bool signedBinary(const IElementValueBase& root, std::string& out);
+bool signedBinary(const IElementValueBase& root, OutBuffer& out);
 
 // Writes `bytes` to the stream in blocks the stream's 32-bit interface accepts.
-void putAll(ZrStreamBuf& stream, const std::string& bytes);
+void putAll(ZrStreamBuf& stream, std::string_view bytes);
 
 }  // namespace zrad::json

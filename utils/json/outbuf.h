@@ -15,7 +15,6 @@ namespace zrad::json {
 class OutBuffer {
  public:
   OutBuffer() = default;
-  explicit OutBuffer(std::string_view start) { put(start); }
   ~OutBuffer() { std::free(m_data); }
   OutBuffer(const OutBuffer&) = delete;
   OutBuffer& operator=(const OutBuffer&) = delete;
@@ -32,7 +31,8 @@ class OutBuffer {
     m_used += s.size();
   }
   void putEnd(const char* end) { m_used = static_cast<size_t>(end - m_data); }
-  std::string text() const { return m_used ? std::string(m_data, m_used) : std::string(); }
+  std::string_view view() const { return std::string_view(m_data ? m_data : "", m_used); }
+  std::string text() const { return std::string(view()); }
 
  private:
   __attribute__((noinline)) void grow(size_t n) {

@@ -7,6 +7,7 @@
 #include "json/limits.h"
 #include "json/numfmt.h"
 #include "json/outbuf.h"
+#include "json/writer.h"
 
 using namespace zrad::json;
 
@@ -208,8 +209,14 @@ class JsonWriter {
 
 }  // namespace
 
+namespace zrad::json {
+
+bool writeText(const IElementValueBase& root, OutBuffer& out) { return JsonWriter(out).write(&root, 0); }
+
+}  // namespace zrad::json
+
 ZrUtf8String IElementValueBase::writeJson() const {
   OutBuffer out;
-  if (!JsonWriter(out).write(this, 0)) return {};
+  if (!writeText(*this, out)) return {};
   return ZrUtf8String(out.text());
 }

@@ -5,6 +5,7 @@
 #include "json/binary.h"
 #include "json/element_store.h"
 #include "json/reader.h"
+#include "json/writer.h"
 #include "json/zrjson_detect.h"
 #include "log/logmsg.h"
 
@@ -67,16 +68,15 @@ bool ZrJson::readBinaryStream(ZrStreamBuf* stream) {
 bool ZrJson::write2Stream(ZrStreamBuf* stream, fileFormat format, const char*) const {
   if (!m_p || !stream) return false;
   try {
-    std::string bytes;
+    OutBuffer bytes;
     if (format == eJsonText) {
-      bytes = m_p->writeJson().str();
-      if (bytes.empty()) return false;  // nested too deep
+      if (!writeText(*m_p, bytes)) return false;
     } else if (format == eBinary) {
       if (!signedBinary(*m_p, bytes)) return false;
     } else {
       return true;
     }
-    putAll(*stream, bytes);
+    putAll(*stream, bytes.view());
     return true;
   } catch (const ZrError&) {
     return false;

@@ -10,6 +10,7 @@
 #include "json/binary.h"
 #include "json/element_store.h"
 #include "json/reader.h"
+#include "json/writer.h"
 #include "json/zrjson_detect.h"
 
 using namespace zrad::json;
@@ -56,21 +57,20 @@ bool ZrJson::load(const ZrUtf8String& path) {
 
 bool ZrJson::write(const std::string& path, fileFormat format, const char*) const {
   if (!m_p) return false;
+  OutBuffer bytes;
   if (format == eJsonText) {
-    ZrUtf8String text = m_p->writeJson();
-    if (text.isEmpty()) return false;  // nested too deep
+    if (!writeText(*m_p, bytes)) return false;
     FILE* file = fopenUTF8(path.c_str(), "w");
     if (!file) return false;
-    bool ok = std::fwrite(text.c_str(), 1, text.str().size(), file) == text.str().size();
+    bool ok = std::fwrite(bytes.view().data(), 1, bytes.view().size(), file) == bytes.view().size();
     return std::fclose(file) == 0 && ok;
   }
   if (format != eBinary) return true;
-  std::string bytes;
   if (!signedBinary(*m_p, bytes)) return false;
   try {
     ZrStreamBufPtr stream =
         zrSystemServices()->createFile(ZrUtf8String(path), kFileWrite, kShareDenyNo, kCreateAlways);
-    putAll(*stream, bytes);
+    putAll(*stream, bytes.view());
     return true;
   } catch (const ZrError&) {
     return false;

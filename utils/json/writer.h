@@ -1,0 +1,14 @@
+// JSON text writer of the element tree.
+#pragma once
+
+#include <zrad/json.h>
+
+#include "json/outbuf.h"
+
+namespace zrad::json {
+
+// Appends the compact JSON text of `root` to `out`; false when the tree nests deeper than
+// kMaxDepth (`out` then holds part of it).
+bool writeText(const IElementValueBase& root, OutBuffer& out);
+
+}  // namespace zrad::json
