@@ -5,7 +5,7 @@
 // other sums, gets the full scan that knows about strings.
 #include "json/textguard.h"
 
-#include <algorithm>
+#include <cstring>
 
 namespace zrad::json {
 namespace {
@@ -53,17 +53,11 @@ bool numbersAreSafe(std::string_view text) {
   const char* begin = text.data();
   const char* end = begin + text.size();
   if (text.size() >= kFullScanFrom) return fullScan(begin, end);
-  // Blocks without "e-" or "E-" are passed over by a branch-free test the compiler vectorises;
-  // a block with one gets the exact look at its exponents.
-  constexpr size_t kBlock = 64;
-  for (const char* p = begin + (begin < end); p < end; p += kBlock) {
-    size_t n = std::min(kBlock, static_cast<size_t>(end - p));
-    unsigned char hit = 0;
-    for (size_t i = 0; i < n; ++i) hit |= (p[i] == '-') & ((p[i - 1] | 0x20) == 'e');
-    if (!hit) continue;
-    for (size_t i = 0; i < n; ++i)
-      if (p[i] == '-' && (p[i - 1] | 0x20) == 'e' && digitRun(p + i + 1, end) > kMaxExponentDigits)
-        return fullScan(begin, end);
+  // Only a '-' after an 'e' or 'E' can start such an exponent; memchr passes over the rest.
+  for (const char* p = begin; p < end; ++p) {
+    p = static_cast<const char*>(std::memchr(p, '-', static_cast<size_t>(end - p)));
+    if (!p) break;
+    if (p > begin && (p[-1] | 0x20) == 'e' && digitRun(p + 1, end) > kMaxExponentDigits) return fullScan(begin, end);
   }
   return true;
 }
