@@ -76,8 +76,16 @@ TEST(BinaryStream, LayoutBytes) {
 }
 
 TEST(BinaryStream, RoundTrips) {
+  // Names and strings of every length around the sizes kept inline.
+  std::string lengths = "{";
+  for (int n = 1; n <= 24; ++n) {
+    std::string text = "abcdefghijklmnopqrstuvwxyz0123456789";
+    lengths += (n > 1 ? ",\"" : "\"") + text.substr(0, n) + "\":\"" + text.substr(36 - n) + "\"";
+  }
+  lengths += "}";
+  EXPECT_EQ(ZrJson::readjson(lengths)->writeJson().str(), lengths);
   const char* texts[] = {R"({"*a":1,"b":[1.5,"x",{"c":null},[],{}],"e":{"f":true}})", "[[[]]]", "\"s\"",
-                         R"(["12345678901234","123456789012345",""])",
+                         lengths.c_str(), R"(["12345678901234","123456789012345",""])",
                          "-9223372036854775808", "[null,false]"};
   for (size_t i = 0; i < sizeof texts / sizeof texts[0]; ++i) {
     ZrJsonPtr tree = ZrJson::readjson(texts[i]);

@@ -31,7 +31,7 @@ char* putField(char* p, T v) {
 }
 char* putText(char* p, std::string_view text) {
   p = putField(p, static_cast<uint32_t>(text.size()));
-  if (!text.empty()) std::memcpy(p, text.data(), text.size());
+  copyBytes(p, text.data(), text.size());
   return p + text.size();
 }
 

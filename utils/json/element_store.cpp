@@ -29,7 +29,7 @@ void setText(ElementValue& e, std::string_view text) {
   if (text.empty()) {
     // neither word holds anything
   } else if (text.size() <= kInlineText) {
-    std::memcpy(words, text.data(), text.size());
+    copyBytes(words, text.data(), text.size());
     words[15] = static_cast<char>(kInlineMark | text.size());
   } else {
     auto* t = static_cast<TextStore*>(poolAlloc(sizeof(TextStore) + text.size() + 1));
@@ -45,7 +45,7 @@ void setText(ElementValue& e, std::string_view text) {
 void makeName(Name& name, std::string_view text) {
   name.size = static_cast<uint32_t>(text.size());
   if (text.size() <= Name::kInline) {
-    if (!text.empty()) std::memcpy(name.bytes, text.data(), text.size());
+    copyBytes(name.bytes, text.data(), text.size());
     return;
   }
   char* heap = static_cast<char*>(poolAlloc(text.size()));

@@ -62,6 +62,28 @@ inline ElementValue* asElement(IElementValueBase* e) {
 // Drops the reference a stored pointer owns (null is accepted).
 void releaseItem(IElementValueBase* e);
 
+// Copies `n` bytes; inline for the short names and texts that make up most of a tree, where a
+// call to memcpy would cost more than the copy.
+inline void copyBytes(char* dst, const char* src, size_t n) {
+  auto move = [](char* d, const char* s, auto word) {
+    std::memcpy(&word, s, sizeof word);
+    std::memcpy(d, &word, sizeof word);
+  };
+  if (n > 16) {
+    std::memcpy(dst, src, n);
+  } else if (n >= 8) {  // two words that may overlap
+    move(dst, src, uint64_t());
+    move(dst + n - 8, src + n - 8, uint64_t());
+  } else if (n >= 4) {
+    move(dst, src, uint32_t());
+    move(dst + n - 4, src + n - 4, uint32_t());
+  } else if (n) {
+    dst[0] = src[0];
+    dst[n / 2] = src[n / 2];
+    dst[n - 1] = src[n - 1];
+  }
+}
+
 // ---- text ----
 
 // A String's text, followed by a zero byte. Up to kInlineText bytes live in the element's own
