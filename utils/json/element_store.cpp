@@ -87,7 +87,7 @@ void* newBlock(size_t itemSize, uint32_t count) {
 void* blockFrom(const void* items, size_t itemSize, uint32_t count) {
   if (count == 0) return nullptr;
   void* b = newBlock(itemSize, count);
-  std::memcpy(static_cast<Block<char>*>(b)->items(), items, count * itemSize);
+  copyBytes(static_cast<Block<char>*>(b)->items(), static_cast<const char*>(items), count * itemSize);
   return b;
 }
 
