@@ -68,7 +68,12 @@ TEST(HostileInput, NestingLimit) {
     ZrJson back;
     ASSERT_TRUE(back.readBinaryStream(s.get()));
     EXPECT_EQ(back->writeJson().str(), atLimit);
-    tree = copy = back = ZrJsonPtr();
+    // One deep tree dropped by an edit rather than by its last handle.
+    ZrJsonPtr holder = ElementValue::createObject(etObject);
+    holder->set_property("t", back);
+    back = ZrJsonPtr();
+    EXPECT_TRUE(holder->set_property("t", ElementValue::createObject(etNone)));
+    tree = copy = holder = ZrJsonPtr();
   });
 }
 

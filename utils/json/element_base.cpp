@@ -12,10 +12,14 @@ namespace {
 // Trivially destructible, so access needs no guard; the queue lives only while a teardown runs.
 struct Teardown {
   bool running;
+  int nested;  // containers being emptied in place by releaseItem
   IElementValueBase** pending;
   size_t size;
   size_t capacity;
 };
+// Containers nested this deep inside one another are emptied in place; deeper ones wait in the
+// queue, so the stack stays shallow whatever the tree.
+constexpr int kNestedInPlace = 32;
 __attribute__((tls_model("initial-exec"))) thread_local Teardown tTeardown;
 
 // A scalar element frees no other element, so it may go at once without deepening anything.
@@ -48,7 +52,9 @@ void destroy(IElementValueBase* e) {
   delete e;
   while (t.size) delete t.pending[--t.size];
   std::free(t.pending);
-  t = Teardown{};
+  t.pending = nullptr;
+  t.capacity = 0;
+  t.running = false;
 }
 
 }  // namespace
@@ -57,12 +63,23 @@ namespace zrad::json {
 
 void releaseItem(IElementValueBase* e) {
   if (!e) return;
-  // Dropping a tree is mostly dropping scalars held once. Those that own nothing, and strings
-  // once their text is gone, have nothing left for the destructors to do: their block goes
-  // straight back without the virtual Release and destructor calls.
+  // Dropping a tree is mostly dropping elements held once. Scalars that own nothing, strings
+  // once their text is gone, and containers once their members are gone have nothing left for
+  // the destructors to do: their block goes straight back without the virtual Release and
+  // destructor calls.
   ElementValue* ev = asElement(e);
   if (ev && ElementAccess::soleHolder(*ev)) {
     switch (kindOf(ElementAccess::type(*ev))) {
+      case etArray:
+      case etObject: {
+        Teardown& t = tTeardown;
+        if (t.nested == kNestedInPlace) break;
+        ++t.nested;
+        ev->freePointerValue();
+        --t.nested;
+        ElementValue::operator delete(ev, sizeof(ElementValue));
+        return;
+      }
       case etString:
         freeText(*ev);
         [[fallthrough]];
