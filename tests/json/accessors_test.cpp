@@ -4,13 +4,13 @@
 // for a null handle), one table per operation with the row index in every message.
 #include <sstream>
 
-#include <pthread.h>
-
+#include "common/small_stack.h"
 #include "tree_edit.h"
 
 namespace {
 
 using namespace jsontest;
+using zradtest::onSmallStack;
 
 // An edit that reports the bool result of one call on the tree `t`.
 #define EDIT(call) [&](IElementValueBase& t) { return yes(t.call); }
@@ -128,18 +128,6 @@ TEST(TreeOps, CloneIsIndependent) {
   out->rewind();
   EXPECT_EQ(out->getBytes(&written[0], 8), 8u);
   EXPECT_EQ(written, block);
-}
-
-// Runs `body` on a thread whose stack is 1 MiB.
-void onSmallStack(std::function<void()> body) {
-  pthread_attr_t attr;
-  pthread_attr_init(&attr);
-  pthread_attr_setstacksize(&attr, 1 << 20);
-  pthread_t thread;
-  auto run = [](void* f) -> void* { (*static_cast<std::function<void()>*>(f))(); return nullptr; };
-  ASSERT_EQ(pthread_create(&thread, &attr, run, &body), 0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attr);
 }
 
 TEST(TreeOps, DeepTreesAndCycles) {

@@ -1,8 +1,5 @@
 // Tests of hostile input: nesting at and beyond the limit on a small stack, numbers that would
 // overflow the parser's exponent arithmetic, and random bytes through every reader.
-#include <pthread.h>
-
-#include <functional>
 #include <random>
 #include <string>
 
@@ -10,26 +7,13 @@
 
 #include <zrad/json.h>
 
+#include "common/small_stack.h"
 #include "json/limits.h"
 
 namespace {
 
 using zrad::json::kMaxDepth;
-
-// Runs `body` on a thread whose stack is 1 MiB.
-void onSmallStack(const std::function<void()>& body) {
-  pthread_attr_t attr;
-  pthread_attr_init(&attr);
-  pthread_attr_setstacksize(&attr, 1 << 20);
-  pthread_t thread;
-  auto run = [](void* arg) -> void* {
-    (*static_cast<const std::function<void()>*>(arg))();
-    return nullptr;
-  };
-  ASSERT_EQ(pthread_create(&thread, &attr, run, const_cast<std::function<void()>*>(&body)), 0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attr);
-}
+using zradtest::onSmallStack;
 
 std::string nested(int depth, const char* open, const char* close, const char* inner = "") {
   std::string s;
