@@ -1,7 +1,7 @@
 // The element pool: small blocks for elements, names, texts and member lists, cached per thread.
 //
 // Trees are built and dropped constantly, block by block, so each thread keeps the free blocks
-// of each size class (32, 64, 128 and 256 bytes) and trades whole batches with a shared stock
+// of each size class (32 to 1024 bytes) and trades whole batches with a shared stock
 // under a mutex; a thread that frees what another built hands the surplus back, so memory stays
 // bounded by the peak of live blocks. Chunks are kept for the life of the process. Larger
 // blocks, and every block in sanitizer builds (so use-after-free is still caught), come from
@@ -32,16 +32,17 @@ constexpr bool kPooled = true;
 constexpr bool kPooled = true;
 #endif
 
-constexpr int kClasses = 4;
-constexpr size_t kClassSize[kClasses] = {32, 64, 128, 256};
+constexpr int kClasses = 6;
+constexpr size_t kClassSize[kClasses] = {32, 64, 128, 256, 512, 1024};
 constexpr size_t kBatch = 1024;           // blocks moved between a thread and the stock at once
 constexpr size_t kSlots = 2 * kBatch;     // free blocks a thread keeps per class at most
 constexpr size_t kChunkBytes = 32 * 1024;
 
+// The smallest class that holds `size` bytes, or -1.
 int classOf(size_t size) {
-  for (int c = 0; c < kClasses; ++c)
-    if (size <= kClassSize[c]) return c;
-  return -1;
+  if (size <= kClassSize[0]) return 0;
+  int c = 64 - __builtin_clzll(size - 1) - 5;  // kClassSize[c] = 32 << c
+  return c < kClasses ? c : -1;
 }
 
 struct Stock {
