@@ -17,7 +17,8 @@ bool encodeBinary(const IElementValueBase* root, OutBuffer& out);
 constexpr unsigned char kBinarySignature = 0xE0;
 
 // Replaces the content of `target` by the next encoded element of `stream` and leaves the
-// stream just after it. False, with `target` unchanged, on a short or inconsistent stream.
+// stream just after it. False, with `target` and the stream position unchanged, on a short or
+// inconsistent stream.
 bool decodeBinary(ElementValue& target, ZrStreamBuf& stream);
 
 // The signature byte and the encoding of `root`, as ZrJson writes files and streams.

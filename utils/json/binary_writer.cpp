@@ -1,0 +1,179 @@
+// Binary element stream: the encoder.
+//
+// One encoded element is a 16-bit type word and a body by kind (counts and lengths 32-bit, values
+// 64-bit, little-endian). The encoder builds the bytes in memory and writes them at once, so a
+// refused tree leaves the stream untouched.
+#include "json/binary.h"
+
+#include <algorithm>
+
+#include "json/element_store.h"
+#include "json/limits.h"
+#include "json/outbuf.h"
+
+namespace zrad::json {
+namespace {
+
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "fields are written in the host's order");
+
+// Little-endian fields, written at `p`; each returns the end.
+template <class T>
+char* putField(char* p, T v) {
+  std::memcpy(p, &v, sizeof v);
+  return p + sizeof v;
+}
+char* putText(char* p, std::string_view text) {
+  p = putField(p, static_cast<uint32_t>(text.size()));
+  copyBytes(p, text.data(), text.size());
+  return p + text.size();
+}
+
+template <class T>
+void put(OutBuffer& out, T v) {
+  out.putEnd(putField(out.room(sizeof v), v));
+}
+void put16(OutBuffer& out, uint32_t v) { put(out, static_cast<uint16_t>(v)); }
+void put32(OutBuffer& out, uint32_t v) { put(out, v); }
+void put64(OutBuffer& out, uint64_t v) { put(out, v); }
+void putText(OutBuffer& out, std::string_view text) { out.putEnd(putText(out.room(4 + text.size()), text)); }
+// A type word and a text: strings and byte blocks.
+void putTyped(OutBuffer& out, uint32_t type, std::string_view text) {
+  out.putEnd(putText(putField(out.room(2 + 4 + text.size()), static_cast<uint16_t>(type)), text));
+}
+
+// Another element class writes itself through its writeBinary slot.
+void appendOwnEncoding(OutBuffer& out, const IElementValueBase& e) {
+  ZrMemoryStreamPtr own = ZrMemoryStream::createNew();
+  const_cast<IElementValueBase&>(e).writeBinary(ZrStreamBufPtr(own.get()));
+  out.put(std::string_view(reinterpret_cast<const char*>(own->data()), own->length()));
+}
+
+class Encoder {
+ public:
+  explicit Encoder(OutBuffer& out) : m_out(out) {}
+
+  // `depth` counts the containers above `e`.
+  bool encode(const IElementValueBase* e, int depth, bool root) {
+    if (!e) {
+      put16(m_out, etNullFlag);
+      return true;
+    }
+    const ElementValue* ev = asElement(e);
+    if (!ev && !root) {
+      appendOwnEncoding(m_out, *e);
+      return true;
+    }
+    uint32_t type = ev ? ElementAccess::type(*ev) : static_cast<uint32_t>(e->getType());
+    int kind = kindOf(type);
+    if (ev && !isContainerGroup(type)) {
+      // The common case, one reservation per element.
+      uint64_t word = ElementAccess::word(*ev);
+      switch (kind) {
+        case etString: putTyped(m_out, type, textOf(*ev)); break;
+        case etByteBlock: {
+          auto* data = reinterpret_cast<const char*>(ElementAccess::second(*ev));
+          putTyped(m_out, type, data ? std::string_view(data, static_cast<uint32_t>(word)) : std::string_view());
+          break;
+        }
+        case etReserved42: put16(m_out, type); break;
+        default: m_out.putEnd(putField(putField(m_out.room(2 + 8), static_cast<uint16_t>(type)), word));
+      }
+      return true;
+    }
+    put16(m_out, type);
+    if (isContainerGroup(type)) {
+      if (kind != etObject && kind != etArray) return true;
+      if (depth >= kMaxDepth) return false;
+      return kind == etObject ? encodeObject(e, ev, depth + 1) : encodeArray(e, ev, depth + 1);
+    }
+    encodeScalar(e, kind);
+    return true;
+  }
+
+ private:
+  // A scalar of another element class, from its getters.
+  void encodeScalar(const IElementValueBase* e, int kind) {
+    switch (kind) {
+      case etString: putText(m_out, viewOf(e->strValue())); break;
+      case etByteBlock: put32(m_out, 0); break;
+      case etReserved42: break;
+      case etBoolean: put64(m_out, e->boolValue() ? 1 : 0); break;
+      case etDouble: {
+        double d = e->floatValue();
+        uint64_t bits;
+        std::memcpy(&bits, &d, sizeof bits);
+        put64(m_out, bits);
+        break;
+      }
+      case etTime: put64(m_out, static_cast<uint64_t>(e->timeValue())); break;
+      case etPointer:
+      case etOwnedPointer:
+      case etRxObjectPointer: put64(m_out, reinterpret_cast<uintptr_t>(e->ptrValue())); break;
+      default: put64(m_out, static_cast<uint64_t>(e->longlongValue()));
+    }
+  }
+
+  bool encodeObject(const IElementValueBase* e, const ElementValue* ev, int depth) {
+    if (ev) {
+      auto* store = reinterpret_cast<const ObjectStore*>(ElementAccess::word(*ev));
+      put32(m_out, sizeOf(store));
+      for (uint32_t i = 0; i < sizeOf(store); ++i) {
+        putText(m_out, store->items()[i].name.view());
+        if (!encode(store->items()[i].value, depth, false)) return false;
+      }
+      return true;
+    }
+    int n = e->property_count();
+    put32(m_out, static_cast<uint32_t>(n));
+    ZrUtf8String name;
+    for (int i = 0; i < n; ++i) {
+      ZrJsonPtr value = e->enumproperty(i, name);
+      putText(m_out, viewOf(name));
+      if (!encode(value.get(), depth, false)) return false;
+    }
+    return true;
+  }
+
+  bool encodeArray(const IElementValueBase* e, const ElementValue* ev, int depth) {
+    if (ev) {
+      auto* store = reinterpret_cast<const ItemStore*>(ElementAccess::word(*ev));
+      put32(m_out, sizeOf(store));
+      for (uint32_t i = 0; i < sizeOf(store); ++i)
+        if (!encode(store->items()[i], depth, false)) return false;
+      return true;
+    }
+    int n = e->array_count();
+    put32(m_out, static_cast<uint32_t>(n));
+    for (int i = 0; i < n; ++i)
+      if (!encode(e->array_sub(i).get(), depth, false)) return false;
+    return true;
+  }
+
+  OutBuffer& m_out;
+};
+
+}  // namespace
+
+bool encodeBinary(const IElementValueBase* root, OutBuffer& out) { return Encoder(out).encode(root, 0, true); }
+
+bool signedBinary(const IElementValueBase& root, OutBuffer& out) {
+  out.put(static_cast<char>(kBinarySignature));
+  if (asElement(&root)) return encodeBinary(&root, out);
+  appendOwnEncoding(out, root);
+  return true;
+}
+
+void putAll(ZrStreamBuf& stream, std::string_view bytes) {
+  constexpr size_t kBlock = size_t(1) << 30;
+  for (size_t at = 0; at < bytes.size(); at += kBlock)
+    stream.putBytes(bytes.data() + at, static_cast<uint32_t>(std::min(kBlock, bytes.size() - at)));
+}
+
+}  // namespace zrad::json
+
+void IElementValueBase::writeBinary(ZrSmartPtr<ZrStreamBuf> stream) {
+  zrad::json::OutBuffer bytes;
+  if (stream && zrad::json::encodeBinary(this, bytes)) zrad::json::putAll(*stream, bytes.view());
+}
+
+void ElementValue::writeBinary(ZrSmartPtr<ZrStreamBuf> stream) { IElementValueBase::writeBinary(stream); }
