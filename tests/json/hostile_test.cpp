@@ -1,5 +1,6 @@
 // Tests of hostile input: nesting at and beyond the limit on a small stack, numbers that would
 // overflow the parser's exponent arithmetic, and random bytes through every reader.
+#include <atomic>
 #include <random>
 #include <string>
 
@@ -30,6 +31,33 @@ bool readsBinary(const std::string& bytes) {
   ZrJsonPtr e = ElementValue::createObject(etNullFlag);
   return static_cast<ElementValue*>(e.get())->readBinary(ZrStreamBufPtr(s.get()));
 }
+
+#if defined(__SANITIZE_ADDRESS__)
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, size_t),
+                                                         void (*)(const volatile void*));
+std::atomic<bool> gTracking{false};
+std::atomic<size_t> gPeak{0};
+void notePeak(const volatile void*, size_t) {
+  if (!gTracking) return;
+  size_t now = __sanitizer_get_current_allocated_bytes();
+  if (now > gPeak) gPeak = now;
+}
+void noteFree(const volatile void*) {}
+
+// The most heap that `run` holds at once beyond what was held before it.
+template <class Run>
+size_t heapPeakOf(Run run) {
+  static const int kInstalled = __sanitizer_install_malloc_and_free_hooks(notePeak, noteFree);
+  (void)kInstalled;
+  size_t before = __sanitizer_get_current_allocated_bytes();
+  gPeak = before;
+  gTracking = true;
+  run();
+  gTracking = false;
+  return gPeak - before;
+}
+#endif
 
 TEST(HostileInput, NestingLimit) {
   // Each step opens an Object and an Array: kMaxDepth levels in all.
@@ -95,6 +123,20 @@ TEST(HostileInput, BinaryNestingAndCounts) {
                           "\x05\x00\xff\xff\xff\xff"};
   for (size_t i = 0; i < sizeof claims / sizeof claims[0]; ++i)
     EXPECT_FALSE(readsBinary(std::string(claims[i], 6) + std::string(64, '\0'))) << "row " << i;
+}
+
+// Each count alone fits the bytes left; the counts of all open containers together do not,
+// and nothing may be reserved for them.
+TEST(HostileInput, BinaryCountsClaimTogether) {
+#if defined(__SANITIZE_ADDRESS__)
+  std::string bytes;
+  for (int i = 0; i < 40; ++i) bytes += std::string("\x01\x00\x20\xa1\x07\x00", 6);  // 500,000 items
+  bytes += std::string(1000000, '\0');
+  size_t peak = heapPeakOf([&] { EXPECT_FALSE(readsBinary(bytes)); });
+  EXPECT_LT(peak, 16 * bytes.size());
+#else
+  GTEST_SKIP() << "the heap is measured through the address sanitizer";
+#endif
 }
 
 // Under UndefinedBehaviorSanitizer the parser's signed overflow on these exponents would abort

@@ -2,7 +2,8 @@
 //
 // The decoder works on the stream's bytes in one piece and keeps its read position in a local
 // pointer, checks every count and length against the bytes left before it reserves anything,
-// and keeps its open containers on a heap stack rather than the call stack.
+// builds each container straight into its block, and keeps its open containers on a heap stack
+// rather than the call stack.
 #include "json/binary.h"
 
 #include <cstdlib>
@@ -134,23 +135,18 @@ bool isOpen(const ElementValue& e) {
   return kind == etObject || kind == etArray;
 }
 
-// Decodes without recursion: open containers wait on a stack of frames while their members
-// gather on shared stacks, and become blocks when their last member has been read.
+// Decodes without recursion: open containers wait on a stack of frames, each with the block
+// its members go into. A block is reserved for the member count the container announces, so
+// the counts of all open containers together must fit the bytes left, at the fewest bytes a
+// member can take: memory stays in proportion to the stream whatever the counts claim.
 class Decoder {
  public:
-  ~Decoder() {
-    for (Entry& e : m_entries) {
-      freeName(e.name);
-      releaseItem(e.value);
-    }
-    for (IElementValueBase* item : m_items) releaseItem(item);
-  }
-
-  // Decodes the element at `p` into the fresh null element `root`; the position after it, or null.
+  // Decodes the element at `p` into the fresh null element `root`; the position after it, or
+  // null. What was built so far hangs on `root` either way.
   const char* decode(ElementValue& root, const char* p, const char* end) {
     uint32_t count = 0;
     if (!(p = readHead(root, p, end, count))) return nullptr;
-    if (isOpen(root)) open(root, count);
+    if (isOpen(root) && !open(root, count, static_cast<uint64_t>(end - p))) return nullptr;
     while (!m_frames.empty()) {
       Frame& top = m_frames.back();
       if (top.left == 0) {
@@ -159,24 +155,26 @@ class Decoder {
         continue;
       }
       --top.left;
+      m_promised -= top.minBytes;
       ElementValue* child = ElementAccess::make(etNullFlag);
       if (top.object) {
-        // Built in place: a copy of a fresh entry would stall on the stores just made.
-        Entry& entry = m_entries.emplace_back();
+        auto* store = static_cast<ObjectStore*>(top.block);
+        Entry& entry = store->items()[store->size++];
+        entry.name.size = 0;
         entry.value = child;
         std::string_view name;
         if (!takeText(p, end, name)) return nullptr;
         makeName(entry.name, name);
         // A stream we wrote lists names in order: checked here, the block needs no sort.
-        if (top.sorted && m_entries.size() - top.start > 1)
-          top.sorted = compareNames((&entry)[-1].name.view(), name) < 0;
+        if (top.sorted && store->size > 1) top.sorted = compareNames((&entry)[-1].name.view(), name) < 0;
       } else {
-        m_items.push_back(child);
+        auto* store = static_cast<ItemStore*>(top.block);
+        store->items()[store->size++] = child;
       }
       if (!(p = readHead(*child, p, end, count))) return nullptr;
       if (isOpen(*child)) {
         if (m_frames.size() >= static_cast<size_t>(kMaxDepth)) return nullptr;
-        open(*child, count);
+        if (!open(*child, count, static_cast<uint64_t>(end - p))) return nullptr;
       }
     }
     return p;
@@ -185,36 +183,42 @@ class Decoder {
  private:
   struct Frame {
     ElementValue* node;
-    uint32_t left;  // members still to read
+    void* block;        // the node's block, filled up to its size
+    uint32_t left;      // members still to read
+    uint32_t minBytes;  // the fewest bytes a member takes
     bool object;
-    bool sorted;   // the names so far are in order and all different
-    size_t start;  // where its members begin on the shared stack
+    bool sorted;        // the names so far are in order and all different
   };
 
-  void open(ElementValue& node, uint32_t count) {
+  // Gives `node` a block for `count` members, if the bytes `left` can hold them beside the
+  // members already promised.
+  bool open(ElementValue& node, uint32_t count, uint64_t left) {
     bool object = kindOf(ElementAccess::type(node)) == etObject;
-    m_frames.push_back({&node, count, object, true, object ? m_entries.size() : m_items.size()});
+    uint32_t minBytes = object ? 6 : 2;  // a name length and a type, or a type
+    uint64_t needed = uint64_t(count) * minBytes;
+    if (m_promised > left || needed > left - m_promised) return false;
+    void* block = nullptr;
+    if (count) {
+      block = newBlock(object ? sizeof(Entry) : sizeof(IElementValueBase*), count);
+      static_cast<Block<char>*>(block)->size = 0;
+      ElementAccess::word(node) = reinterpret_cast<uint64_t>(block);
+    }
+    m_promised += needed;
+    m_frames.push_back({&node, block, count, minBytes, object, true});
+    return true;
   }
 
-  // Moves the gathered members of a finished container into its block.
+  // An Object whose names were not in order gets them sorted, the last of a repeated name kept.
   void close(const Frame& f) {
-    uint64_t& word = ElementAccess::word(*f.node);
-    if (f.object) {
-      uint32_t n = static_cast<uint32_t>(m_entries.size() - f.start);
-      Entry* gathered = m_entries.data() + f.start;
-      word = reinterpret_cast<uint64_t>(f.sorted ? blockFrom(gathered, sizeof(Entry), n)
-                                                 : settleEntries(gathered, n, Repeats::kLastWins));
-      m_entries.resize(f.start);
-    } else {
-      uint32_t n = static_cast<uint32_t>(m_items.size() - f.start);
-      word = reinterpret_cast<uint64_t>(blockFrom(m_items.data() + f.start, sizeof(IElementValueBase*), n));
-      m_items.resize(f.start);
-    }
+    if (!f.object || f.sorted) return;
+    auto* store = static_cast<ObjectStore*>(f.block);
+    ElementAccess::word(*f.node) =
+        reinterpret_cast<uint64_t>(settleEntries(store->items(), store->size, Repeats::kLastWins));
+    freeBlock(store, sizeof(Entry));
   }
 
   std::vector<Frame> m_frames;
-  std::vector<Entry> m_entries;
-  std::vector<IElementValueBase*> m_items;
+  uint64_t m_promised = 0;  // bytes the members still to read take at least
 };
 
 }  // namespace
