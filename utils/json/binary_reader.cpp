@@ -100,7 +100,7 @@ const char* readHead(ElementValue& e, const char* p, const char* end, uint32_t& 
     case etString: {
       std::string_view text;
       ok = takeText(p, end, text);
-      if (ok) setText(e, text);
+      if (ok) initText(e, text);
       break;
     }
     case etByteBlock: {

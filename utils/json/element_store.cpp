@@ -24,59 +24,28 @@ void freeText(ElementValue& e) {
   if (t) poolFree(t, sizeof(TextStore) + t->size + 1);
 }
 
-namespace {
-
-template <class T>
-uint64_t load(const char* p) {
-  T v;
-  std::memcpy(&v, p, sizeof v);
-  return v;
-}
-
-// The words of an inline text of 1..kInlineText bytes, built in registers: a copy through
-// memory would be read back in wider loads than it was written, which stalls the store queue.
-void packInline(const char* s, size_t n, uint64_t& lo, uint64_t& hi) {
+void textBlockWords(std::string_view text, uint64_t& lo, uint64_t& hi) {
+  auto* t = static_cast<TextStore*>(poolAlloc(sizeof(TextStore) + text.size() + 1));
+  t->size = static_cast<uint32_t>(text.size());
+  std::memcpy(t->data(), text.data(), text.size());
+  t->data()[text.size()] = 0;
+  lo = reinterpret_cast<uint64_t>(t);
   hi = 0;
-  if (n >= 8) {
-    lo = load<uint64_t>(s);
-    if (n > 8) hi = load<uint64_t>(s + n - 8) >> (8 * (16 - n));  // bytes 8..n-1, the overlap shifted out
-  } else if (n >= 4) {
-    lo = load<uint32_t>(s) | load<uint32_t>(s + n - 4) << (8 * (n - 4));
-  } else {
-    lo = load<uint8_t>(s) | load<uint8_t>(s + n / 2) << (8 * (n / 2)) | load<uint8_t>(s + n - 1) << (8 * (n - 1));
-  }
-  hi |= uint64_t(kInlineMark | n) << 56;
 }
-
-}  // namespace
 
 void setText(ElementValue& e, std::string_view text) {
-  uint64_t lo = 0, hi = 0;
-  if (text.empty()) {
-    // neither word holds anything
-  } else if (text.size() <= kInlineText) {
-    packInline(text.data(), text.size(), lo, hi);
-  } else {
-    auto* t = static_cast<TextStore*>(poolAlloc(sizeof(TextStore) + text.size() + 1));
-    t->size = static_cast<uint32_t>(text.size());
-    std::memcpy(t->data(), text.data(), text.size());
-    t->data()[text.size()] = 0;
-    lo = reinterpret_cast<uint64_t>(t);
-  }
+  uint64_t lo, hi;
+  textWords(text, lo, hi);
   // The text may be `e`'s own: it is copied before the old one is freed.
   freeText(e);
   ElementAccess::word(e) = lo;
   ElementAccess::second(e) = hi;
 }
 
-void makeName(Name& name, std::string_view text) {
-  if (text.size() <= Name::kInline) {
-    copyBytes(name.bytes, text.data(), text.size());
-  } else {
-    char* heap = static_cast<char*>(poolAlloc(text.size()));
-    std::memcpy(heap, text.data(), text.size());
-    std::memcpy(name.bytes, &heap, sizeof heap);
-  }
+void makeHeapName(Name& name, std::string_view text) {
+  char* heap = static_cast<char*>(poolAlloc(text.size()));
+  std::memcpy(heap, text.data(), text.size());
+  std::memcpy(name.bytes, &heap, sizeof heap);
   name.size = static_cast<uint32_t>(text.size());  // last: a failed allocation leaves no heap name
 }
 

@@ -107,8 +107,35 @@ inline std::string_view textOf(const ElementValue& e) {
   auto* t = reinterpret_cast<const TextStore*>(ElementAccess::word(e));
   return t ? std::string_view(t->data(), t->size) : std::string_view("", 0);
 }
+// The value and second words that hold a copy of `text` (a block for a long text).
+void textBlockWords(std::string_view text, uint64_t& lo, uint64_t& hi);
+inline void textWords(std::string_view text, uint64_t& lo, uint64_t& hi) {
+  // A short text is built in registers: a copy through memory would be read back in wider
+  // loads than it was written, which stalls the store queue.
+  auto load = [](const char* p, auto v) -> uint64_t {
+    std::memcpy(&v, p, sizeof v);
+    return v;
+  };
+  const char* s = text.data();
+  size_t n = text.size();
+  if (n > kInlineText) return textBlockWords(text, lo, hi);
+  lo = hi = 0;
+  if (n >= 8) {
+    lo = load(s, uint64_t());
+    if (n > 8) hi = load(s + n - 8, uint64_t()) >> (8 * (16 - n));  // bytes 8..n-1, the overlap shifted out
+  } else if (n >= 4) {
+    lo = load(s, uint32_t()) | load(s + n - 4, uint32_t()) << (8 * (n - 4));
+  } else if (n) {
+    lo = load(s, uint8_t()) | load(s + n / 2, uint8_t()) << (8 * (n / 2)) | load(s + n - 1, uint8_t()) << (8 * (n - 1));
+  }
+  if (n) hi |= uint64_t(kInlineMark | n) << 56;
+}
 // Gives the String `e` a copy of `text` in place of the text it holds.
 void setText(ElementValue& e, std::string_view text);
+// Gives the fresh String `e`, which holds no text yet, a copy of `text`.
+inline void initText(ElementValue& e, std::string_view text) {
+  textWords(text, ElementAccess::word(e), ElementAccess::second(e));
+}
 // Frees the text block of the String `e`, if it has one (the words are left as they are).
 void freeText(ElementValue& e);
 
@@ -128,8 +155,13 @@ struct Name {
   }
 };
 
+void makeHeapName(Name& name, std::string_view text);
 // Fills `name` with a copy of `text`; pair with freeName.
-void makeName(Name& name, std::string_view text);
+inline void makeName(Name& name, std::string_view text) {
+  if (text.size() > Name::kInline) return makeHeapName(name, text);
+  copyBytes(name.bytes, text.data(), text.size());
+  name.size = static_cast<uint32_t>(text.size());
+}
 void freeHeapName(Name& name);
 inline void freeName(Name& name) {
   if (name.size > Name::kInline) freeHeapName(name);

@@ -56,7 +56,7 @@ class TreeBuilder {
   bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }  // not with default flags
   bool String(const char* s, rapidjson::SizeType n, bool) {
     ElementValue* e = ElementAccess::make(etString);
-    setText(*e, std::string_view(s, n));
+    initText(*e, std::string_view(s, n));
     return add(e);
   }
   bool Key(const char* s, rapidjson::SizeType n, bool) {
