@@ -36,9 +36,30 @@ void put16(OutBuffer& out, uint32_t v) { put(out, static_cast<uint16_t>(v)); }
 void put32(OutBuffer& out, uint32_t v) { put(out, v); }
 void put64(OutBuffer& out, uint64_t v) { put(out, v); }
 void putText(OutBuffer& out, std::string_view text) { out.putEnd(putText(out.room(4 + text.size()), text)); }
-// A type word and a text: strings and byte blocks.
-void putTyped(OutBuffer& out, uint32_t type, std::string_view text) {
-  out.putEnd(putText(putField(out.room(2 + 4 + text.size()), static_cast<uint16_t>(type)), text));
+
+// The bulk of a tree: an entry's name (when given) and a scalar ElementValue, written with one
+// reservation. False, writing nothing, when `e` is anything else.
+bool putPlainScalar(OutBuffer& out, const Name* name, const IElementValueBase* e) {
+  const ElementValue* ev = asElement(e);
+  if (!ev || isContainerGroup(ElementAccess::type(*ev))) return false;
+  uint32_t type = ElementAccess::type(*ev);
+  uint64_t word = ElementAccess::word(*ev);
+  int kind = kindOf(type);
+  bool texty = kind == etString || kind == etByteBlock;
+  std::string_view text;
+  if (kind == etString) {
+    text = textOf(*ev);
+  } else if (kind == etByteBlock && ElementAccess::second(*ev)) {
+    text = std::string_view(reinterpret_cast<const char*>(ElementAccess::second(*ev)), static_cast<uint32_t>(word));
+  }
+  std::string_view nameText = name ? name->view() : std::string_view();
+  char* p = out.room(4 + nameText.size() + 2 + 4 + text.size() + 8);
+  if (name) p = putText(p, nameText);
+  p = putField(p, static_cast<uint16_t>(type));
+  if (texty) p = putText(p, text);
+  else if (kind != etReserved42) p = putField(p, word);
+  out.putEnd(p);
+  return true;
 }
 
 // Another element class writes itself through its writeBinary slot.
@@ -58,6 +79,7 @@ class Encoder {
       put16(m_out, etNullFlag);
       return true;
     }
+    if (putPlainScalar(m_out, nullptr, e)) return true;
     const ElementValue* ev = asElement(e);
     if (!ev && !root) {
       appendOwnEncoding(m_out, *e);
@@ -65,21 +87,6 @@ class Encoder {
     }
     uint32_t type = ev ? ElementAccess::type(*ev) : static_cast<uint32_t>(e->getType());
     int kind = kindOf(type);
-    if (ev && !isContainerGroup(type)) {
-      // The common case, one reservation per element.
-      uint64_t word = ElementAccess::word(*ev);
-      switch (kind) {
-        case etString: putTyped(m_out, type, textOf(*ev)); break;
-        case etByteBlock: {
-          auto* data = reinterpret_cast<const char*>(ElementAccess::second(*ev));
-          putTyped(m_out, type, data ? std::string_view(data, static_cast<uint32_t>(word)) : std::string_view());
-          break;
-        }
-        case etReserved42: put16(m_out, type); break;
-        default: m_out.putEnd(putField(putField(m_out.room(2 + 8), static_cast<uint16_t>(type)), word));
-      }
-      return true;
-    }
     put16(m_out, type);
     if (isContainerGroup(type)) {
       if (kind != etObject && kind != etArray) return true;
@@ -118,8 +125,10 @@ class Encoder {
       auto* store = reinterpret_cast<const ObjectStore*>(ElementAccess::word(*ev));
       put32(m_out, sizeOf(store));
       for (uint32_t i = 0; i < sizeOf(store); ++i) {
-        putText(m_out, store->items()[i].name.view());
-        if (!encode(store->items()[i].value, depth, false)) return false;
+        const Entry& entry = store->items()[i];
+        if (putPlainScalar(m_out, &entry.name, entry.value)) continue;
+        putText(m_out, entry.name.view());
+        if (!encode(entry.value, depth, false)) return false;
       }
       return true;
     }
@@ -138,8 +147,11 @@ class Encoder {
     if (ev) {
       auto* store = reinterpret_cast<const ItemStore*>(ElementAccess::word(*ev));
       put32(m_out, sizeOf(store));
-      for (uint32_t i = 0; i < sizeOf(store); ++i)
-        if (!encode(store->items()[i], depth, false)) return false;
+      for (uint32_t i = 0; i < sizeOf(store); ++i) {
+        const IElementValueBase* item = store->items()[i];
+        if (putPlainScalar(m_out, nullptr, item)) continue;
+        if (!encode(item, depth, false)) return false;
+      }
       return true;
     }
     int n = e->array_count();
