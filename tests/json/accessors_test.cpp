@@ -83,7 +83,6 @@ TEST(Accessors, Setters) {
   });
 
   ZrJsonPtr tree = parse("{}");
-  EXPECT_TRUE(tree->SetDataL("t", 5) && tree("t")->getType() == etInteger) << "SetDataL stores an Integer";
   EXPECT_TRUE(tree->SetDataJ("j", shared) && tree("j") == shared) << "SetDataJ shares, it does not copy";
 }
 

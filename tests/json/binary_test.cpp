@@ -34,17 +34,12 @@ std::string encode(const ZrJsonPtr& e) {
   return std::string(reinterpret_cast<const char*>(s->data()), s->length());
 }
 
-ZrMemoryStreamPtr streamOf(const std::string& bytes) {
-  ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
-  if (!bytes.empty()) s->putBytes(bytes.data(), static_cast<uint32_t>(bytes.size()));
-  s->rewind();
-  return s;
-}
-
 // Reads one element from `bytes`; null when the reader refuses.
 ZrJsonPtr decode(const std::string& bytes) {
   ZrJsonPtr e = make(etNullFlag);
-  ZrMemoryStreamPtr s = streamOf(bytes);
+  ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
+  if (!bytes.empty()) s->putBytes(bytes.data(), static_cast<uint32_t>(bytes.size()));
+  s->rewind();
   return static_cast<ElementValue*>(e.get())->readBinary(ZrStreamBufPtr(s.get())) ? e : ZrJsonPtr();
 }
 
@@ -114,16 +109,13 @@ TEST(BinaryStream, ReaderEdgeCases) {
       {"01 00 ff ff ff ff", "[]"},             // negative count: empty
       {"05 00 03 00 00 00 61 62 63", nullptr}, // a byte block is read (no JSON form checked)
       {"ff ff 00 00 00 00 00 00 00 00", nullptr},
-      // short, lying or truncated input
+      // short, lying or truncated input (counts far beyond the input: see the hostile suite)
       {"", "null"},
       {"10", "null"},
       {"10 00 05 00", "null"},
       {"04 00 05 00 00 00 61 62", "null"},
-      {"01 00 ff ff ff 7f", "null"},
       {"02 00 00 00 00 80 00", "{}"},
-      {"02 00 ff ff ff 7f 01 00", "null"},
       {"02 00 01 00 00 00 ff ff ff 7f 61", "null"},
-      {"05 00 ff ff ff ff 00", "null"},
       {"01 00 02 00 00 00 00 10", "null"},
   };
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {

@@ -44,7 +44,6 @@ TEST(ElementKinds, ConversionTable) {
       {make(etInteger)->set_valuei(-1), true, -1, ~0ull, 18446744073709551615.0, -1, "-1"},
       {make(etInteger)->set_valuei64(0), false, 0, 0, 0.0, 0, "0"},
       {make(etDouble)->set_valued(2.5), true, 2, 2, 2.5, 2160000, "2.500000"},
-      {make(etDouble)->set_valued(1.0), true, 1, 1, 1.0, 864000, "1.000000"},
       {make(etDouble)->set_valued(-2.7), true, -2, static_cast<unsigned long long>(-2), -2.7, -2332800, "-2.700000"},
       {make(etDouble)->set_valued(1e19), true, INT64_MIN, 10000000000000000000ull, 1e19, INT64_MIN,
        "10000000000000000000.000000"},
@@ -70,9 +69,8 @@ TEST(ElementKinds, ConversionTable) {
   }
   char hex[32];
   std::snprintf(hex, sizeof hex, "0x%x", static_cast<unsigned>(reinterpret_cast<uintptr_t>(&object)));
-  EXPECT_EQ(rows[17].e->strValue().str(), hex);
-  EXPECT_EQ(rows[17].e->ptrValue(), &object);
-  EXPECT_TRUE(std::isnan(make(etDouble)->set_valued(NAN)->floatValue()));
+  EXPECT_EQ(rows[16].e->strValue().str(), hex);
+  EXPECT_EQ(rows[16].e->ptrValue(), &object);
   EXPECT_TRUE(make(etDouble)->set_valued(NAN)->boolValue()) << "NaN counts as true";
 }
 
@@ -190,12 +188,11 @@ TEST(ElementArrays, EditsAndBounds) {
   EXPECT_TRUE(a->array_append(y));
   EXPECT_TRUE(a->array_append(x));
   EXPECT_EQ(a->array_count(), 3);
-  EXPECT_FALSE(a->array_sub(-1));
-  EXPECT_FALSE(a->array_sub(3));
-  EXPECT_FALSE(a->setArrayItem(3, y));
-  EXPECT_FALSE(a->setArrayItem(-1, y));
-  EXPECT_EQ(a->remove_array_item(-1), -1);
-  EXPECT_EQ(a->remove_array_item(3), -1);
+  for (int outside : {-1, 3}) {
+    EXPECT_FALSE(a->array_sub(outside)) << outside;
+    EXPECT_FALSE(a->setArrayItem(outside, y)) << outside;
+    EXPECT_EQ(a->remove_array_item(outside), -1) << outside;
+  }
   EXPECT_EQ(a->get_array_index(x), 0);
   EXPECT_EQ(ev(a)->remove_array_item(x), 0) << "the first occurrence goes";
   EXPECT_EQ(a->get_array_index(x), 1);

@@ -5,20 +5,14 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <random>
-#include <sstream>
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <zrad/json.h>
 
 #include "common/testdir.h"
+#include "tree_edit.h"
 
 namespace {
 
-std::string textOf(const ZrJsonPtr& e) { return e ? e->writeJson().str() : "null"; }
+using jsontest::textOf;
 
 TEST(JsonText, RoundTrips) {
   struct Row { const char* in; const char* out; } rows[] = {
@@ -80,14 +74,12 @@ TEST(JsonText, ParseErrorsGiveNull) {
 TEST(JsonText, KindsAfterReading) {
   ZrJsonPtr t = ZrJson::readjson(R"({"n":null,"l":[null,1,2.0,"s",true],"*r":[1],"u":3000000000})");
   ASSERT_TRUE(t);
-  EXPECT_EQ(t("n")->getType(), etString);
-  EXPECT_EQ(t("l")(0)->getType(), etNullFlag);
-  EXPECT_EQ(t("l")(1)->getType(), etInteger);
-  EXPECT_EQ(t("l")(2)->getType(), etDouble);
-  EXPECT_EQ(t("l")(3)->getType(), etString);
-  EXPECT_EQ(t("l")(4)->getType(), etBoolean);
-  EXPECT_EQ(t("r")->getType(), etReadOnlyFlag | etArray);
-  EXPECT_EQ(t("r")(0)->getType(), etInteger) << "items of a read-only array stay writable";
+  // A null member reads as an empty String, a null item as a null element; items of a read-only
+  // array stay writable.
+  const struct { ZrJsonPtr e; int type; } rows[] = {
+      {t("n"), etString},       {t("l")(0), etNullFlag}, {t("l")(1), etInteger},  {t("l")(2), etDouble},
+      {t("l")(3), etString},    {t("l")(4), etBoolean},  {t("r"), etReadOnlyFlag | etArray}, {t("r")(0), etInteger}};
+  for (size_t i = 0; i < std::size(rows); ++i) EXPECT_EQ(rows[i].e->getType(), rows[i].type) << "row " << i;
   EXPECT_EQ(t("u")->longlongValue(), 3000000000LL);
 }
 
@@ -195,13 +187,9 @@ TEST(JsonText, IsNumber) {
     EXPECT_EQ(IElementValueBase::isNumber(rows[i].text), rows[i].number) << "row " << i;
 }
 
-class JsonFiles : public ::testing::Test {
- protected:
-  std::string path(const char* name) const { return dir / name; }
+TEST(JsonFiles, WriteReadAndLoadBothFormats) {
   TestDir dir;
-};
-
-TEST_F(JsonFiles, WriteReadAndLoadBothFormats) {
+  auto path = [&](const char* name) { return dir / name; };
   ZrJson tree(ZrJson::readjson(R"({"*a":1,"b":[1.5,"x",{"c":null}],"e":{}})"));
   ASSERT_TRUE(tree);
   const std::string text = textOf(tree);
@@ -233,7 +221,9 @@ TEST_F(JsonFiles, WriteReadAndLoadBothFormats) {
   EXPECT_FALSE(tree.write(path("no/such/dir"), ZrJson::eBinary));
 }
 
-TEST_F(JsonFiles, DetectionOfFiles) {
+TEST(JsonFiles, DetectionOfFiles) {
+  TestDir dir;
+  auto path = [&](const char* name) { return dir / name; };
   struct Row { const char* content; bool result; const char* tree; } rows[] = {
       {"  [1,2]", true, "[1,2]"},
       {"hello", true, "{}"},

@@ -1,21 +1,19 @@
 // Tests of system information: release parsing, distribution choices, memory figures.
 //
-// Sample os-release and status files are written to temporary files; the machine's own
+// Sample os-release and status files are written to a temporary directory; the machine's own
 // "/etc/os-release", this process's status and the kernel's record get smoke tests.
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
 #include <sys/sysinfo.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
 
+#include "common/testdir.h"
 #include "system/distro.h"
 #include "system/osrelease.h"
 #include "system/procstatus.h"
@@ -24,18 +22,9 @@ using namespace zrad::osinfo;
 
 namespace {
 
-// Writes `content` to a fresh temporary file that is removed when the object goes.
-struct TempFile {
-  explicit TempFile(const std::string& content) {
-    const int fd = mkstemp(path.data());
-    if (fd >= 0) close(fd);
-    std::ofstream(path, std::ios::binary) << content;
-  }
-  ~TempFile() { std::remove(path.c_str()); }
-  std::string path = (std::filesystem::temp_directory_path() / "zrad-system-XXXXXX").string();
-};
-
-OSRELEASEINFO readFile(const std::string& path) {
+// The release read from a file of `content`, or from `path` when no content is given.
+OSRELEASEINFO release(const std::string& path, const char* content = nullptr) {
+  if (content) writeFile(path, content);
   OSRELEASEINFO info;
   readOsRelease(path.c_str(), info);
   return info;
@@ -63,7 +52,6 @@ TEST(OsRelease, SampleFilesOfSeveralDistributions) {
        "\"Debian GNU/Linux\"", "||||"},
       {"NAME=\"Ubuntu\"\nVERSION_ID=\"22.04\"\nID_LIKE=debian\n", "\"Ubuntu\"",
        "deb|gedit|nautilus||"},
-      {"NAME=\"openSUSE Leap\"\nID_LIKE=\"suse opensuse\"\n", "\"openSUSE Leap\"", "||||"},
       {"NAME=\"CentOS Linux\"\nVERSION=\"7 (Core)\"\n", "\"CentOS Linux\"", "rpm|gedit|nautilus||"},
       {"PRETTY_NAME=\"UnionTech OS Desktop 20 Pro\"\nNAME=\"uos\"\nID=uos\n", "\"uos\"",
        "deb|dedit|gio open|deepin-draw|"},
@@ -72,13 +60,14 @@ TEST(OsRelease, SampleFilesOfSeveralDistributions) {
        "deb|pluma|caja|gnome-paint|"},
       {"NAME=\"方德桌面操作系统\"\nID=nfs\n", "\"方德桌面操作系统\"", "deb|gedit|nemo|mypaint|"},
   };
+  TestDir dir;
+  const std::string file = dir / "os-release";
   for (size_t i = 0; i < std::size(rows); ++i) {
-    const TempFile file(rows[i][0]);
-    const OSRELEASEINFO info = readFile(file.path);
+    const OSRELEASEINFO info = release(file, rows[i][0]);
     EXPECT_EQ(info.OS_FAMILY, "Linux") << "row " << i;
     EXPECT_EQ(info.NAME, rows[i][1]) << "row " << i;
     EXPECT_TRUE(info.ID_LINK.isEmpty()) << "row " << i << ": ID_LIKE must not fill ID_LINK";
-    EXPECT_EQ(answers([&](Choice c) { return chooseFromFile(c, file.path.c_str()); }), rows[i][2])
+    EXPECT_EQ(answers([&](Choice c) { return chooseFromFile(c, file.c_str()); }), rows[i][2])
         << "row " << i;
   }
 }
@@ -96,7 +85,8 @@ TEST(OsRelease, EveryKeyFillsItsOwnField) {
   std::string text;  // each key's value is its row number
   for (size_t i = 0; i < std::size(keys); ++i)
     text += keys[i].first + ("=" + std::to_string(i)) + "\n";
-  const OSRELEASEINFO info = readFile(TempFile(text).path);
+  TestDir dir;
+  const OSRELEASEINFO info = release(dir / "f", text.c_str());
   for (size_t i = 0; i < std::size(keys); ++i)
     EXPECT_EQ(info.*keys[i].second, std::to_string(i).c_str()) << keys[i].first;
 }
@@ -126,8 +116,9 @@ TEST(OsRelease, MissingAndHostileFiles) {
   EXPECT_EQ(answers([](Choice c) { return chooseFromFile(c, "/nonexistent/os-release"); }), "||||");
 
   // A line past the line limit is skipped whole; the lines around it still count.
-  const OSRELEASEINFO info =
-      readFile(TempFile("ID=a\nNAME=" + std::string(200000, 'k') + "ylin\nVERSION=2\n").path);
+  TestDir dir;
+  const std::string longLine = "ID=a\nNAME=" + std::string(200000, 'k') + "ylin\nVERSION=2\n";
+  const OSRELEASEINFO info = release(dir / "long", longLine.c_str());
   EXPECT_EQ(info.ID, "a");
   EXPECT_TRUE(info.NAME.isEmpty());
   EXPECT_EQ(info.VERSION, "2");
@@ -135,10 +126,11 @@ TEST(OsRelease, MissingAndHostileFiles) {
   // Every byte value (an "=" among them), then a good last line without its line feed.
   std::string bytes;
   for (int b = 0; b < 256; ++b) bytes += static_cast<char>(b);
-  EXPECT_EQ(readFile(TempFile(bytes + "\nNAME=ubuntu").path).NAME, "ubuntu");
+  writeFile(dir / "bytes", bytes + "\nNAME=ubuntu");
+  EXPECT_EQ(release(dir / "bytes").NAME, "ubuntu");
 
   // A device that never ends is read only up to the file limit.
-  EXPECT_TRUE(readFile("/dev/zero").NAME.isEmpty());
+  EXPECT_TRUE(release("/dev/zero").NAME.isEmpty());
 }
 
 TEST(DistroChoice, FamilyAndNameWords) {
@@ -180,19 +172,21 @@ TEST(ProcessStatus, LinesAndFiles) {
     EXPECT_EQ(figures(info), rows[i][2]) << "row " << i;
   }
 
-  const TempFile sample("Name:\tzrad\nGroups:\t" + std::string(100000, '1') +  // too long: skipped
+  TestDir dir;
+  const std::string sample = dir / "sample", broken = dir / "broken";
+  writeFile(sample, "Name:\tzrad\nGroups:\t" + std::string(100000, '1') +  // too long: skipped
                         "\nVmPeak:\t  225436 kB\nVmHWM:\t   12816 kB\nVmRSS:\t   12700 kB\n");
   PROCESSMEMORYINFO info;
-  EXPECT_TRUE(readProcessStatus(sample.path.c_str(), &info));
+  EXPECT_TRUE(readProcessStatus(sample.c_str(), &info));
   EXPECT_EQ(figures(info), "12700 225436 12816");
-  EXPECT_FALSE(readProcessStatus(sample.path.c_str(), nullptr));
+  EXPECT_FALSE(readProcessStatus(sample.c_str(), nullptr));
   // Reading stops at an unreadable value; what came before it stays.
-  const TempFile broken("VmPeak:\t 5 kB\nVmHWM:\t?? kB\nVmRSS:\t 6 kB\n");
+  writeFile(broken, "VmPeak:\t 5 kB\nVmHWM:\t?? kB\nVmRSS:\t 6 kB\n");
   PROCESSMEMORYINFO partial{9, 9, 9};
-  EXPECT_FALSE(readProcessStatus(broken.path.c_str(), &partial));
+  EXPECT_FALSE(readProcessStatus(broken.c_str(), &partial));
   EXPECT_EQ(figures(partial), "9 5 9");
   EXPECT_FALSE(readProcessStatus("/nonexistent/status", &partial));
-  EXPECT_FALSE(readProcessStatus(std::filesystem::temp_directory_path().c_str(), &partial));
+  EXPECT_FALSE(readProcessStatus(dir.path().c_str(), &partial));
 }
 
 TEST(SystemSmoke, ThisMachineAndProcess) {
