@@ -7,6 +7,8 @@
 
 #include <zrad/json.h>
 
+#include "common/testdir.h"
+
 namespace {
 
 ZrJsonPtr make(int type) { return ElementValue::createObject(type); }
@@ -153,6 +155,20 @@ TEST(BinaryStream, SignatureStreamsAndPositions) {
   EXPECT_FALSE(notBinary.readBinaryStream(text.get()));
   EXPECT_EQ(notBinary->writeJson().str(), R"({"keep":1})") << "a refused stream changes nothing";
   EXPECT_FALSE(ZrJson().write2Stream(s.get(), ZrJson::eBinary));
+
+  // A file stream is read through a copy of its rest: the position must still end up right
+  // after the element, and stay put when the element is refused.
+  TestDir dir;
+  writeFile(dir / "two.bin", std::string(reinterpret_cast<const char*>(s->data()), s->length()) + "\xE0\x10");
+  ZrStreamBufPtr file = zrSystemServices()->createFile(ZrUtf8String(dir / "two.bin"), kFileRead);
+  ZrJson fromFile;
+  ASSERT_TRUE(fromFile.readBinaryStream(file.get()));
+  EXPECT_EQ(file->tell(), s->length() / 2);
+  ASSERT_TRUE(fromFile.readBinaryStream(file.get()));
+  EXPECT_EQ(file->tell(), s->length());
+  EXPECT_FALSE(fromFile.readBinaryStream(file.get())) << "a type word cut short";
+  EXPECT_EQ(file->tell(), s->length() + 1) << "only the signature byte is taken";
+  EXPECT_EQ(fromFile->writeJson().str(), R"({"a":[1,2]})");
 }
 
 }  // namespace
