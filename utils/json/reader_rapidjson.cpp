@@ -22,13 +22,11 @@ namespace {
 
 class TreeBuilder {
  public:
-  TreeBuilder() { m_pending.size = 0; }
+  TreeBuilder() = default;
   TreeBuilder(const TreeBuilder&) = delete;
   TreeBuilder& operator=(const TreeBuilder&) = delete;
   ~TreeBuilder() {
     releaseItem(m_root);
-    freeName(m_pending);
-    for (Frame& f : m_frames) freeName(f.name);
     for (Entry& e : m_entries) {
       freeName(e.name);
       releaseItem(e.value);
@@ -63,8 +61,11 @@ class TreeBuilder {
     std::string_view name(s, n);
     m_pendingReadOnly = !name.empty() && name[0] == '*';
     if (m_pendingReadOnly) name.remove_prefix(1);
-    freeName(m_pending);
-    makeName(m_pending, name);
+    // The entry is made in place now and gets its value once that is complete (a container's
+    // own entries come and go above it meanwhile).
+    Entry& entry = m_entries.emplace_back();
+    entry.value = nullptr;
+    makeName(entry.name, name);
     return true;
   }
   bool StartObject() { return open(true); }
@@ -85,20 +86,18 @@ class TreeBuilder {
   }
 
  private:
-  // A container being built, with the name it will be stored under in its parent.
+  // A container being built; `readOnly` tells how its entry in the parent is marked.
   struct Frame {
     bool object;
     bool readOnly;
     size_t start;
-    Name name;
   };
 
   bool inObject() const { return !m_frames.empty() && m_frames.back().object; }
 
   bool open(bool object) {
     if (m_frames.size() >= static_cast<size_t>(kMaxDepth)) return false;
-    m_frames.push_back({object, m_pendingReadOnly, object ? m_entries.size() : m_items.size(), m_pending});
-    m_pending.size = 0;
+    m_frames.push_back({object, m_pendingReadOnly, object ? m_entries.size() : m_items.size()});
     m_pendingReadOnly = false;
     return true;
   }
@@ -106,8 +105,6 @@ class TreeBuilder {
   Frame close() {
     Frame f = m_frames.back();
     m_frames.pop_back();
-    freeName(m_pending);
-    m_pending = f.name;
     m_pendingReadOnly = f.readOnly;
     return f;
   }
@@ -123,8 +120,7 @@ class TreeBuilder {
       m_root = e;
     } else if (m_frames.back().object) {
       if (m_pendingReadOnly) ElementAccess::type(*e) |= etReadOnlyFlag;
-      m_entries.push_back({m_pending, e});
-      m_pending.size = 0;
+      m_entries.back().value = e;
     } else {
       m_items.push_back(e);
     }
@@ -135,8 +131,7 @@ class TreeBuilder {
   std::vector<Entry> m_entries;
   std::vector<IElementValueBase*> m_items;
   ShapeMemo m_shapes;
-  Name m_pending;
-  bool m_pendingReadOnly = false;
+  bool m_pendingReadOnly = false;  // the last name began with '*'
   ElementValue* m_root = nullptr;
 };
 
