@@ -357,9 +357,10 @@ class ZRAD_EXPORT ElementValue : public IElementValueBase {
   // Fills this element from a RapidJSON value (a `const rapidjson::Value*`); false when the
   // value is nested deeper than ZrJsonMaxDepth.
   bool readJson(const void* value);
-  // Replaces the content by the next encoded element of `stream` (no signature byte). False,
-  // with the element unchanged, when the stream ends early, claims more items or bytes than
-  // it holds, or nests deeper than ZrJsonMaxDepth.
+  // Replaces the content by the next encoded element of `stream` (no signature byte) and
+  // leaves the stream just after it. False, with the element and the stream position
+  // unchanged, when the stream ends early, claims more items or bytes than it holds, or nests
+  // deeper than ZrJsonMaxDepth.
   bool readBinary(ZrSmartPtr<ZrStreamBuf> stream);
 
   // Elements come from a per-thread pool of fixed-size blocks.
@@ -405,7 +406,8 @@ class ZRAD_EXPORT ZrJson : public ZrJsonPtr {
   // Loads a file written by write() in either format: JSON text is parsed, the binary form
   // (signature 0xE0) decoded. False when the file is missing, unreadable or malformed.
   bool load(const ZrUtf8String& path);
-  // Decodes a signature byte 0xE0 and one encoded element from the stream's position.
+  // Decodes a signature byte 0xE0 and one encoded element from the stream's position (see
+  // ElementValue::readBinary); the first byte is taken even when the stream is refused.
   bool readBinaryStream(ZrStreamBuf* stream);
 
   // Format 1: the JSON text; format 2: 0xE0 and the binary form; other formats: true, nothing
