@@ -9,6 +9,10 @@
 //   write_<doc>     tree to text beside RapidJSON's Writer over its DOM
 //   binwrite_<doc>  our binary write beside our own text write ("text" side)
 //   binread_<doc>   our binary read beside our own text read (dropping the trees not timed)
+//   clone_<doc>     a deep copy of the tree beside RapidJSON's CopyFrom and nlohmann's copy
+//                   (dropping the copies not timed)
+//   equal_<doc>     comparing the tree with an equal copy beside RapidJSON's and nlohmann's ==
+//                   (bEqual matches Array items at any position, trying the same position first)
 // Build with -DCMAKE_BUILD_TYPE=Release -DZRAD_BENCH=ON -DZRAD_TESTS=OFF.
 #include <zrad/json.h>
 
@@ -202,6 +206,50 @@ void textRead(benchmark::State& state, int which) {
   });
 }
 
+void cloneZrad(benchmark::State& state, int which) {
+  ZrJsonPtr tree = ZrJson::readjson(ZrUtf8String(doc(which).text));
+  reading(state, false, [&] { return tree->clone(); });
+}
+
+void cloneRapid(benchmark::State& state, int which) {
+  rapidjson::Document d;
+  d.Parse(doc(which).text.c_str());
+  reading(state, false, [&] {
+    auto copy = std::make_unique<rapidjson::Document>();
+    copy->CopyFrom(d, copy->GetAllocator());
+    return copy;
+  });
+}
+
+void cloneNlohmann(benchmark::State& state, int which) {
+  const nlohmann::json j = nlohmann::json::parse(doc(which).text);
+  reading(state, false, [&] { return nlohmann::json(j); });
+}
+
+// Times `equal()`, which must hold.
+template <class Equal>
+void comparing(benchmark::State& state, Equal equal) {
+  for (auto _ : state)
+    if (!equal()) state.SkipWithError("the copies differ");
+}
+
+void equalZrad(benchmark::State& state, int which) {
+  ZrJsonPtr a = ZrJson::readjson(ZrUtf8String(doc(which).text)), b = a->clone();
+  comparing(state, [&] { return a->bEqual(b); });
+}
+
+void equalRapid(benchmark::State& state, int which) {
+  rapidjson::Document a, b;
+  a.Parse(doc(which).text.c_str());
+  b.Parse(doc(which).text.c_str());
+  comparing(state, [&] { return a == b; });
+}
+
+void equalNlohmann(benchmark::State& state, int which) {
+  const nlohmann::json a = nlohmann::json::parse(doc(which).text), b = a;
+  comparing(state, [&] { return a == b; });
+}
+
 const bool kRegistered = [] {
   for (int which = 0; which < 3; ++which) {
     std::string name = doc(which).name;
@@ -217,6 +265,12 @@ const bool kRegistered = [] {
     benchmark::RegisterBenchmark(("binwrite_" + name + "/text").c_str(), writeStream, which, ZrJson::eJsonText);
     benchmark::RegisterBenchmark(("binread_" + name + "/zrad").c_str(), binRead, which);
     benchmark::RegisterBenchmark(("binread_" + name + "/text").c_str(), textRead, which);
+    benchmark::RegisterBenchmark(("clone_" + name + "/zrad").c_str(), cloneZrad, which);
+    benchmark::RegisterBenchmark(("clone_" + name + "/rapidjson").c_str(), cloneRapid, which);
+    benchmark::RegisterBenchmark(("clone_" + name + "/nlohmann").c_str(), cloneNlohmann, which);
+    benchmark::RegisterBenchmark(("equal_" + name + "/zrad").c_str(), equalZrad, which);
+    benchmark::RegisterBenchmark(("equal_" + name + "/rapidjson").c_str(), equalRapid, which);
+    benchmark::RegisterBenchmark(("equal_" + name + "/nlohmann").c_str(), equalNlohmann, which);
   }
   return true;
 }();

@@ -6,6 +6,7 @@
 
 #include "common/small_stack.h"
 #include "tree_edit.h"
+#include "wrapper.h"
 
 namespace {
 
@@ -88,9 +89,16 @@ TEST(Accessors, Setters) {
 
 TEST(TreeOps, CloneIsIndependent) {
   ZrJsonPtr source = parse(R"({"o":{"arr":[1,2]},"*ro":{"k":1},"s":"t","d":1.5,"b":false,"n":[null]})");
+  source->set_property("missing", ZrJsonPtr());
   const std::string before = textOf(source);
+  auto bytesOf = [](const ZrJsonPtr& e) {
+    ZrSmartPtr<ZrMemoryStream> s = ZrMemoryStream::createNew();
+    e->writeBinary(s);
+    return std::string(reinterpret_cast<const char*>(s->data()), s->length());
+  };
   ZrJsonPtr copy = source->clone();
   EXPECT_EQ(textOf(copy), before);
+  EXPECT_EQ(bytesOf(copy), bytesOf(source)) << "every type word and value is kept";
   copy("o")("arr")->array_append(integer(9));
   copy("o")->set_propertyi("new", 1, false);
   EXPECT_EQ(textOf(source), before) << "the copy shares no writable element";
@@ -127,6 +135,17 @@ TEST(TreeOps, CloneIsIndependent) {
   out->rewind();
   EXPECT_EQ(out->getBytes(&written[0], 8), 8u);
   EXPECT_EQ(written, block);
+}
+
+TEST(TreeOps, OtherElementClasses) {
+  const char* text = R"({"a":[1,{"b":"v"},[true]],"d":2.5,"e":{}})";
+  ZrJsonPtr tree = parse(text), wrapped = Wrapper::wrap(parse(text));
+  EXPECT_TRUE(wrapped->bEqual(tree) && tree->bEqual(wrapped));
+  EXPECT_FALSE(wrapped->bEqual(parse(R"({"a":[1,{"b":"w"},[true]],"d":2.5,"e":{}})")));
+  EXPECT_FALSE(wrapped->bEqual(parse(R"({"a":[1,{"b":"v"},[true]],"d":2.5,"f":{}})")));
+  ZrJsonPtr copy = wrapped->clone();
+  EXPECT_EQ(textOf(copy), textOf(tree)) << "copied through the virtual interface";
+  EXPECT_TRUE(copy->bEqual(tree));
 }
 
 TEST(TreeOps, DeepTreesAndCycles) {

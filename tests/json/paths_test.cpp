@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "tree_edit.h"
+#include "wrapper.h"
 
 namespace {
 
@@ -23,21 +24,6 @@ TEST(Paths, QuickGetProperty) {
     EXPECT_EQ(textOf(tree->quickGetProperty(rows[i].path)), rows[i].expected) << "row " << i;
   EXPECT_FALSE(tree("s")->quickGetProperty("")) << "a scalar cannot start a walk";
 }
-
-// An element implemented outside the tree that answers every lookup with a fresh wrapper, so
-// a walk through it must keep each answer alive by itself.
-class Wrapper : public IElementValueBase {
- public:
-  static ZrJsonPtr wrap(ZrJsonPtr inner) { return inner ? ZrJsonPtr::adopt(new Wrapper(inner)) : inner; }
-  int getType() const override { return m_inner->getType(); }
-  ZrJsonPtr property_sub(const ZrUtf8String& name) const override { return wrap(m_inner->property_sub(name)); }
-  ZrJsonPtr array_sub(int index) const override { return wrap(m_inner->array_sub(index)); }
-  ZrUtf8String strValue() const override { return m_inner->strValue(); }
-
- private:
-  explicit Wrapper(ZrJsonPtr inner) : m_inner(inner) {}
-  ZrJsonPtr m_inner;
-};
 
 TEST(Paths, WalksThroughOtherElementClasses) {
   ZrJsonPtr wrapped = Wrapper::wrap(parse(R"({"a":[{"b":"v"}]})")), outer = parse(R"({"x":{}})");

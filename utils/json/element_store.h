@@ -48,6 +48,8 @@ inline void takeContent(ElementValue& to, ElementValue& from) {
 
 inline int kindOf(uint32_t type) { return static_cast<int>(type & 0xFF); }
 inline bool isReadOnly(uint32_t type) { return (type & etReadOnlyFlag) != 0; }
+// The kinds with members.
+inline bool isContainer(int kind) { return kind == etObject || kind == etArray; }
 // None, Array, Object (and kind 3): the kinds whose JSON form is a container.
 inline bool isContainerGroup(uint32_t type) { return (type & 0xFC) == 0; }
 

@@ -1,0 +1,218 @@
+// Content comparison of element trees: bEqual.
+//
+// The walk keeps its pairs of containers on an explicit stack bounded by kMaxDepth, so a tree at
+// the nesting limit never deepens the thread's stack and a tree that contains itself ends the
+// walk instead of running away. Two of the tree's own elements are compared through their
+// fields and blocks; elements of other classes through the virtual interface.
+#include <optional>
+#include <vector>
+
+#include <zrad/json.h>
+
+#include "json/element_store.h"
+#include "json/limits.h"
+
+namespace zrad::json {
+namespace {
+
+// Members are fetched a few ahead of their comparison, so the misses on them overlap.
+constexpr int kCompareAhead = 4;
+
+// The outcome of comparing two elements without looking at their members.
+enum class Shallow { kEqual, kUnequal, kCompareMembers };
+
+Shallow verdict(bool equal) { return equal ? Shallow::kEqual : Shallow::kUnequal; }
+
+// compareShallow for two ElementValues, from their fields.
+Shallow compareFields(const ElementValue& a, const ElementValue& b) {
+  const int kind = kindOf(ElementAccess::type(a));
+  if (kind != kindOf(ElementAccess::type(b))) return Shallow::kUnequal;
+  const uint64_t wa = ElementAccess::word(a), wb = ElementAccess::word(b);
+  switch (kind) {
+    case etObject:
+    case etArray:
+      if (sizeOf(reinterpret_cast<const void*>(wa)) != sizeOf(reinterpret_cast<const void*>(wb)))
+        return Shallow::kUnequal;
+      return Shallow::kCompareMembers;
+    case etNone: return Shallow::kEqual;
+    case etBoolean: return verdict(((wa & 0xFF) != 0) == ((wb & 0xFF) != 0));
+    case etDouble: {
+      double da, db;
+      std::memcpy(&da, &wa, sizeof da);
+      std::memcpy(&db, &wb, sizeof db);
+      return verdict(da == db);
+    }
+    case etInteger:
+    case etPointer:
+    case etOwnedPointer:
+    case etRxObjectPointer: return verdict(wa == wb);
+    case etString: return verdict(textOf(a) == textOf(b));
+    default: return Shallow::kUnequal;
+  }
+}
+
+// Scalars compare within one kind only (an Integer never equals a Double, a Time nothing);
+// containers of one kind and count need their members compared. Two None or null elements
+// are equal; a missing element equals only another missing one.
+Shallow compareShallow(const IElementValueBase* a, const IElementValueBase* b) {
+  if (!a || !b) return verdict(a == b);
+  const ElementValue* ea = asElement(a);
+  const ElementValue* eb = asElement(b);
+  if (ea && eb) return compareFields(*ea, *eb);
+  const int kind = kindOf(a->getType());
+  if (kind != kindOf(b->getType())) return Shallow::kUnequal;
+  switch (kind) {
+    case etObject: return a->property_count() == b->property_count() ? Shallow::kCompareMembers : Shallow::kUnequal;
+    case etArray: return a->array_count() == b->array_count() ? Shallow::kCompareMembers : Shallow::kUnequal;
+    case etNone: return Shallow::kEqual;
+    case etBoolean: return verdict(a->boolValue() == b->boolValue());
+    case etDouble: return verdict(a->floatValue() == b->floatValue());
+    case etInteger: return verdict(a->longlongValue() == b->longlongValue());
+    case etString: return verdict(a->strValue() == b->strValue());
+    case etPointer:
+    case etOwnedPointer:
+    case etRxObjectPointer: return verdict(a->ptrValue() == b->ptrValue());
+    default: return Shallow::kUnequal;
+  }
+}
+
+// One pair of containers of the same kind and count being compared member by member.
+// Objects: every property of `theirs` must have an equal namesake in `mine`. Arrays: every item
+// of `theirs` must equal some item of `mine`, at any position; the item at its own position is
+// tried first, so arrays in the same order compare in one pass.
+class MemberComparison {
+ public:
+  MemberComparison(const IElementValueBase* mine, const IElementValueBase* theirs)
+      : m_mine(mine),
+        m_theirs(theirs),
+        m_isObject(kindOf(mine->getType()) == etObject),
+        m_count(m_isObject ? mine->property_count() : mine->array_count()) {
+    const ElementValue* em = asElement(mine);
+    const ElementValue* et = asElement(theirs);
+    if (em && et) {
+      m_fields = true;
+      m_mineBlock = reinterpret_cast<const void*>(ElementAccess::word(*em));
+      m_theirsBlock = reinterpret_cast<const void*>(ElementAccess::word(*et));
+    }
+  }
+
+  // Takes the outcome of comparing the pair that next() handed out last.
+  void record(bool equal) {
+    if (m_isObject) {
+      if (equal)
+        ++m_index;
+      else
+        m_failed = true;
+    } else if (equal) {
+      ++m_index;
+      m_tried = 0;
+    } else {
+      ++m_tried;
+    }
+  }
+
+  // The next pair to compare in `a` and `b`, or the verdict for the whole pair of containers.
+  // Both stay alive (through their containers or this comparison) until the next call.
+  std::optional<bool> next(const IElementValueBase*& a, const IElementValueBase*& b) {
+    if (m_failed) return false;
+    if (m_index == m_count) return true;
+    if (m_isObject) return nextProperty(a, b);
+    if (m_tried == m_count) return false;
+    // The own position first, then every other one in order.
+    int candidate = m_tried == 0 ? m_index : (m_tried - 1 < m_index ? m_tried - 1 : m_tried);
+    if (m_fields) {
+      IElementValueBase* const* mine = static_cast<const ItemStore*>(m_mineBlock)->items();
+      IElementValueBase* const* theirs = static_cast<const ItemStore*>(m_theirsBlock)->items();
+      if (m_tried == 0 && m_index + kCompareAhead < m_count) {
+        __builtin_prefetch(mine[m_index + kCompareAhead]);
+        __builtin_prefetch(theirs[m_index + kCompareAhead]);
+      }
+      a = mine[candidate];
+      b = theirs[m_index];
+      return std::nullopt;
+    }
+    m_heldMine = m_mine->array_sub(candidate);
+    m_heldTheirs = m_theirs->array_sub(m_index);
+    a = m_heldMine.get();
+    b = m_heldTheirs.get();
+    return std::nullopt;
+  }
+
+ private:
+  std::optional<bool> nextProperty(const IElementValueBase*& a, const IElementValueBase*& b) {
+    if (m_fields) {
+      // Both hold the same number of distinct names in order: each namesake sits at the same index.
+      const Entry* mineEntries = static_cast<const ObjectStore*>(m_mineBlock)->items();
+      const Entry* theirsEntries = static_cast<const ObjectStore*>(m_theirsBlock)->items();
+      if (m_index + kCompareAhead < m_count) {
+        __builtin_prefetch(mineEntries[m_index + kCompareAhead].value);
+        __builtin_prefetch(theirsEntries[m_index + kCompareAhead].value);
+      }
+      const Entry& mine = mineEntries[m_index];
+      const Entry& theirs = theirsEntries[m_index];
+      if (mine.name.view() != theirs.name.view()) return false;
+      a = mine.value;
+      b = theirs.value;
+      return std::nullopt;
+    }
+    m_heldTheirs = m_theirs->enumproperty(m_index, m_key);
+    m_heldMine = m_mine->property_sub(m_key);
+    if (!m_heldMine) return false;
+    a = m_heldMine.get();
+    b = m_heldTheirs.get();
+    return std::nullopt;
+  }
+
+  const IElementValueBase* m_mine;
+  const IElementValueBase* m_theirs;
+  bool m_isObject;
+  int m_count;
+  // Both are ElementValues: their blocks are read directly.
+  bool m_fields = false;
+  const void* m_mineBlock = nullptr;
+  const void* m_theirsBlock = nullptr;
+  bool m_failed = false;
+  int m_index = 0;  // the property or item of `theirs` being matched
+  int m_tried = 0;  // the items of `mine` tried for it so far (Arrays)
+  ZrJsonPtr m_heldMine, m_heldTheirs;  // the members handed out from other element classes
+  ZrUtf8String m_key;
+};
+
+}  // namespace
+}  // namespace zrad::json
+
+bool IElementValueBase::bEqual(const ZrJsonPtr& other) const {
+  using zrad::json::MemberComparison;
+  using zrad::json::Shallow;
+  Shallow first = zrad::json::compareShallow(this, other.get());
+  if (first != Shallow::kCompareMembers) return first == Shallow::kEqual;
+
+  std::vector<MemberComparison> stack;
+  stack.emplace_back(this, other.get());
+  std::optional<bool> outcome;  // the verdict of the pair compared last
+  while (!stack.empty()) {
+    MemberComparison& top = stack.back();
+    if (outcome) top.record(*outcome);
+    const IElementValueBase* a = nullptr;
+    const IElementValueBase* b = nullptr;
+    outcome = top.next(a, b);
+    if (outcome) {
+      stack.pop_back();
+      continue;
+    }
+    switch (zrad::json::compareShallow(a, b)) {
+      case Shallow::kEqual:
+        outcome = true;
+        break;
+      case Shallow::kUnequal:
+        outcome = false;
+        break;
+      case Shallow::kCompareMembers:
+        // Deeper than the nesting limit (or a tree containing itself): not comparable.
+        if (stack.size() >= static_cast<size_t>(zrad::json::kMaxDepth)) return false;
+        stack.emplace_back(a, b);
+        break;
+    }
+  }
+  return outcome.value_or(false);
+}
