@@ -1,7 +1,9 @@
 // Fuzz target: arbitrary bytes through the binary element reader.
 //
-// A stream that decodes must encode back to a stream that decodes to the same JSON text.
+// A stream that decodes must encode back to a stream that decodes to the same JSON text. Its
+// clone must encode to the same bytes and compare with it as it compares with itself.
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include <zrad/json.h>
@@ -21,5 +23,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   again->rewind();
   ZrJson back;
   if (!back.readBinaryStream(again.get()) || back->writeJson().str() != text) std::abort();
+
+  ZrJson copy(tree->clone());
+  ZrMemoryStreamPtr copied = ZrMemoryStream::createNew();
+  if (!copy.write2Stream(copied.get(), ZrJson::eBinary) || copied->length() != again->length() ||
+      std::memcmp(copied->data(), again->data(), again->length()) != 0)
+    std::abort();
+  if (copy->bEqual(tree) != tree->bEqual(tree)) std::abort();
   return 0;
 }

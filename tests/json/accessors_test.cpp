@@ -112,6 +112,7 @@ TEST(TreeOps, CloneIsIndependent) {
       {ElementValue::createObject(etPointer)->set_valuep(&object, etPointer), etPointer, &object, 0},
       {ElementValue::createObject(etNone)->set_valuep(zrrxAlloc(8), etOwnedPointer), etOwnedPointer, nullptr, 0},
       {ElementValue::createObject(etNone)->set_value_rxobject_ptr(object.get()), etRxObjectPointer, object.get(), 0},
+      {ElementValue::createObject(0x200 | etRxObjectPointer), 0x200 | etRxObjectPointer, nullptr, 0},
   };
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
     ZrJsonPtr c = rows[i].element->clone();

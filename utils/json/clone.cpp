@@ -22,52 +22,48 @@ namespace {
 // Members are read a few ahead of their copy, so the misses on them overlap.
 constexpr uint32_t kCopyAhead = 4;
 
-// Gives `copy` its own copy of the bytes of the byte block `source` (length in the value word,
-// a malloc'd buffer in the second word). Blocks of other element classes stay empty.
-void copyByteBlock(const IElementValueBase& source, IElementValueBase& copy) {
-  const ElementValue* from = asElement(&source);
-  ElementValue* to = asElement(&copy);
-  const void* bytes = from ? reinterpret_cast<const void*>(ElementAccess::second(*from)) : nullptr;
-  const uint64_t length = from ? ElementAccess::word(*from) : 0;
-  if (!to || !bytes || length == 0) return;
-  void* own = std::malloc(length);
-  if (!own) throw ZrError(Zrad::eOutOfMemory);
-  std::memcpy(own, bytes, length);
-  ElementAccess::word(*to) = length;
-  ElementAccess::second(*to) = reinterpret_cast<uint64_t>(own);
-}
-
-// The copy of a writable ElementValue made from its fields, for every kind but the two that own
-// something outside the element (a byte block, a referenced object): null for those. Containers
-// come out empty; an owned pointer and kind 0x42 come out with a zero value, as they do from
-// the setters.
+// The copy of a writable ElementValue, made from its fields with its type word as it is.
+// Containers come out empty; a byte block gets bytes of its own, an object pointer a reference
+// of its own; an owned pointer and kind 0x42 come out with a zero value (owned memory is never
+// shared between two elements).
 ElementValue* copyFields(const ElementValue& source) {
   const uint32_t type = ElementAccess::type(source);
-  uint64_t word = 0;
+  const uint64_t word = ElementAccess::word(source);
+  uint64_t copied = 0, second = 0;
   switch (kindOf(type)) {
-    case etByteBlock:
-    case etRxObjectPointer:
-      return nullptr;
     case etString: {
       ElementValue* copy = ElementAccess::make(type);
       initText(*copy, textOf(source));
       return copy;
     }
-    case etBoolean: word = (ElementAccess::word(source) & 0xFF) ? 1 : 0; break;
+    case etByteBlock:  // the length in the value word, a malloc'd buffer in the second
+      if (ElementAccess::second(source) && word) {
+        void* own = std::malloc(word);
+        if (!own) throw ZrError(Zrad::eOutOfMemory);
+        std::memcpy(own, reinterpret_cast<const void*>(ElementAccess::second(source)), word);
+        copied = word;
+        second = reinterpret_cast<uint64_t>(own);
+      }
+      break;
+    case etRxObjectPointer:
+      if (word) zrrxAddRef(reinterpret_cast<ZrRxObject*>(word));
+      copied = word;
+      break;
+    case etBoolean: copied = (word & 0xFF) ? 1 : 0; break;
     case etInteger:
     case etDouble:
     case etTime:
-    case etPointer: word = ElementAccess::word(source); break;
+    case etPointer: copied = word; break;
     default: break;
   }
   ElementValue* copy = ElementAccess::make(type);
-  ElementAccess::word(*copy) = word;
+  ElementAccess::word(*copy) = copied;
+  ElementAccess::second(*copy) = second;
   return copy;
 }
 
-// A copy of one element without its members, through the virtual interface. Read-only elements
-// are shared, not copied; an owned pointer and kind 0x42 are copied with a zero value (owned
-// memory is never shared between two elements).
+// A copy of an element of another class without its members, through the virtual interface.
+// Read-only elements are shared, not copied; a byte block or an owned pointer comes out empty.
 ZrJsonPtr copyThroughInterface(const IElementValueBase& source) {
   const int type = source.getType();
   if (isReadOnly(type)) return ZrJsonPtr(const_cast<IElementValueBase*>(&source));
@@ -80,17 +76,16 @@ ZrJsonPtr copyThroughInterface(const IElementValueBase& source) {
     case etTime: copy->set_valuet(source.longlongValue()); break;
     case etPointer: copy->set_valuep(source.ptrValue(), type); break;
     case etRxObjectPointer: copy->set_value_rxobject_ptr(static_cast<ZrRxObject*>(source.ptrValue())); break;
-    case etByteBlock: copyByteBlock(source, *copy); break;
     default: break;
   }
   return copy;
 }
 
-// The same copy as a reference the caller owns, from the fields when it can be.
+// A copy of one element without its members, as a reference the caller owns. Read-only
+// elements are shared, not copied.
 IElementValueBase* copyShallow(const IElementValueBase& source) {
   const ElementValue* own = asElement(&source);
-  if (own && !isReadOnly(ElementAccess::type(*own)))
-    if (ElementValue* copy = copyFields(*own)) return copy;
+  if (own && !isReadOnly(ElementAccess::type(*own))) return copyFields(*own);
   ZrJsonPtr copy = copyThroughInterface(source);
   copy->AddRef();
   return copy.get();
