@@ -88,7 +88,8 @@ bool takeCount(const char*& p, const char* end, uint64_t minBytes, uint32_t& cou
 
 // Reads the type and, for a scalar, its body into the fresh null element `e`; for an Array or
 // Object only the member count. Returns the position after it, or null.
-const char* readHead(ElementValue& e, const char* p, const char* end, uint32_t& count) {
+// Inlined: the decoder calls it for every element.
+__attribute__((always_inline)) inline const char* readHead(ElementValue& e, const char* p, const char* end, uint32_t& count) {
   int16_t type;
   if (!take(p, end, type)) return nullptr;
   uint32_t t = static_cast<uint32_t>(static_cast<int>(type));
