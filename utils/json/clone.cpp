@@ -22,10 +22,10 @@ namespace {
 // Members are read a few ahead of their copy, so the misses on them overlap.
 constexpr uint32_t kCopyAhead = 4;
 
-// The copy of a writable ElementValue, made from its fields with its type word as it is.
-// Containers come out empty; a byte block gets bytes of its own, an object pointer a reference
-// of its own; an owned pointer and kind 0x42 come out with a zero value (owned memory is never
-// shared between two elements).
+// The copy of a writable ElementValue: its type word and value as they are, except that
+// containers come out empty, a byte block gets bytes of its own, an object pointer a reference
+// of its own, and an owned pointer and kind 0x42 a zero value (owned memory is never shared
+// between two elements).
 ElementValue* copyFields(const ElementValue& source) {
   const uint32_t type = ElementAccess::type(source);
   const uint64_t word = ElementAccess::word(source);
@@ -49,7 +49,7 @@ ElementValue* copyFields(const ElementValue& source) {
       if (word) zrrxAddRef(reinterpret_cast<ZrRxObject*>(word));
       copied = word;
       break;
-    case etBoolean: copied = (word & 0xFF) ? 1 : 0; break;
+    case etBoolean:
     case etInteger:
     case etDouble:
     case etTime:
