@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -42,21 +41,14 @@ const SizedDigest kSized[] = {
     {1000, "0b8ae90ded6089334e353eb2669ab5e6"},  {3145733, "fc6e7f04808a1494320b1f317f9e2ca9"},
 };
 
-// Each size as one buffer (in the long and short forms, lower and upper case), fed piecewise,
-// and as a file in a fresh temporary directory.
+// Each size as one buffer, fed piecewise and as a file in a fresh temporary directory; the
+// short and upper-case forms of one of them.
 TEST(Md5, BuffersPiecesAndFilesMatchMd5sumAndUnreadableFilesGiveEmpty) {
   TestDir dir;
   const size_t pieces[] = {1, 7, 63, 64, 65, 4096};
   for (size_t i = 0; i < std::size(kSized); ++i) {
     const auto bytes = patternBytes(kSized[i].size);
-    const unsigned size = unsigned(bytes.size());
-    const std::string digest = kSized[i].digest;
-    std::string upper = digest;
-    for (char& c : upper) c = char(std::toupper(c));
-    EXPECT_EQ(MD5_32(bytes.data(), size, false), digest) << "row " << i;
-    EXPECT_EQ(MD5_32(bytes.data(), size, true), upper) << "row " << i;
-    EXPECT_EQ(MD5_16(bytes.data(), size, false), digest.substr(8, 16)) << "row " << i;
-    EXPECT_EQ(MD5_16(bytes.data(), size, true), upper.substr(8, 16)) << "row " << i;
+    EXPECT_EQ(MD5_32(bytes.data(), unsigned(bytes.size()), false), kSized[i].digest) << "row " << i;
     const std::string path = dir / ("f" + std::to_string(i));
     writeFile(path, std::string(bytes.begin(), bytes.end()));
     EXPECT_EQ(MD5_File32(path, false), kSized[i].digest) << "row " << i;
@@ -72,6 +64,10 @@ TEST(Md5, BuffersPiecesAndFilesMatchMd5sumAndUnreadableFilesGiveEmpty) {
       EXPECT_EQ(zrad::crypto::toHex(digest, 16, false), kSized[i].digest) << "row " << i << " piece " << piece;
     }
   }
+  const auto bytes = patternBytes(55);  // kSized[2]
+  EXPECT_EQ(MD5_32(bytes.data(), 55, true), "852E13533F66E414BBBBB3348DE4F81F");
+  EXPECT_EQ(MD5_16(bytes.data(), 55, false), "3f66e414bbbbb334");  // digits 8 to 23
+  EXPECT_EQ(MD5_16(bytes.data(), 55, true), "3F66E414BBBBB334");
   EXPECT_EQ(MD5_File32(dir / "f2", true), "852E13533F66E414BBBBB3348DE4F81F");
   EXPECT_EQ(MD5_File32(dir / "missing", false), "");
   EXPECT_EQ(MD5_File32(dir.path(), false), "");  // a directory opens but cannot be read
@@ -105,17 +101,11 @@ Decoded decode(const char* text, unsigned capacity) {
   return {ok, length, out};
 }
 
-TEST(Base64, Rfc4648VectorsBothWays) {
-  const struct { const char* plain; const char* text; } rows[] = {
-      {"", ""},         {"f", "Zg=="},        {"fo", "Zm8="},        {"foo", "Zm9v"},
-      {"foob", "Zm9vYg=="}, {"fooba", "Zm9vYmE="}, {"foobar", "Zm9vYmFy"}};
-  for (size_t i = 0; i < std::size(rows); ++i) {
-    const std::string plain = rows[i].plain;
-    EXPECT_EQ(encode(plain), rows[i].text) << "row " << i;
-    const Decoded d = decode(rows[i].text, unsigned(std::strlen(rows[i].text) / 4 * 3) + 1);
-    EXPECT_TRUE(d.ok) << "row " << i;
-    EXPECT_EQ(std::string(d.bytes.begin(), d.bytes.end()), plain) << "row " << i;
-  }
+// Decoding is pinned by the odd-input rows below and by the round trip of every length.
+TEST(Base64, Rfc4648Vectors) {
+  const char* rows[][2] = {{"", ""},         {"f", "Zg=="},        {"fo", "Zm8="},        {"foo", "Zm9v"},
+                           {"foob", "Zm9vYg=="}, {"fooba", "Zm9vYmE="}, {"foobar", "Zm9vYmFy"}};
+  for (size_t i = 0; i < std::size(rows); ++i) EXPECT_EQ(encode(rows[i][0]), rows[i][1]) << "row " << i;
 }
 
 TEST(Base64, EveryByteValueAndLengthRoundTrips) {
@@ -139,8 +129,6 @@ TEST(Base64, EncodeTakesTheByteAfterAFinalPairAndBothWaysRefuseMissingArguments)
   EXPECT_EQ(CBase64().Encode(pairThenBits, 0), "");
   EXPECT_EQ(CBase64().Encode(pairThenBits, -3), "");
   EXPECT_EQ(CBase64().Encode(nullptr, 5), "");
-  const std::string longText(1000, 'z');  // no line breaks at any length
-  EXPECT_EQ(encode(longText).find('\n'), std::string::npos);
 
   unsigned char out[4];
   unsigned length = 4;
@@ -171,6 +159,7 @@ TEST(Base64, DecodeRulesForOddInput) {
       {"TQ==TWFu", 6, true, 4, {'M', 'M', 'a', 'n'}},  // padding mid-text by position only
       {"TWE=TQ==", 6, true, 3, {'M', 'a', 'M'}},
       {"TWFuTWFu", 5, false, 7, {0xAA}},
+      {"+/+/", 3, true, 3, {0xFB, 0xFF, 0xBF}},  // the alphabet's last two characters
   };
   for (size_t i = 0; i < std::size(rows); ++i) {
     const Decoded d = decode(rows[i].text, rows[i].capacity);
@@ -205,12 +194,9 @@ std::string toHex(const std::string& bytes) {
 TEST(DesCipher, KnownAnswerBlocksBothWays) {
   const struct { const char* key; const char* plain; const char* cipher; } rows[] = {
       {"133457799BBCDFF1", "0123456789ABCDEF", "85e813540f0ab405"},
-      {"0123456789ABCDEF", "4E6F772069732074", "3fa40e8a984d4815"},  // "Now is t"
       {"0101010101010101", "8000000000000000", "95f8a5e5dd31d900"},  // variable plaintext
       {"8001010101010101", "0000000000000000", "95a8d72813daa94d"},  // variable key
-      {"7CA110454A1A6E57", "01A1D6D039776742", "690f5b0d9a26939b"},
-      {"0131D9619DC1376E", "5CD54CA83DEF57DA", "7a389d10354bd271"},
-      {"0031D9619DC1366E", "5CD54CA83DEF57DA", "7a389d10354bd271"},  // parity bits ignored
+      {"0031D9619DC1366E", "5CD54CA83DEF57DA", "7a389d10354bd271"},  // 0131D9619DC1376E's answer: parity ignored
   };
   const unsigned char iv[8] = {};
   for (size_t i = 0; i < std::size(rows); ++i) {
@@ -255,13 +241,8 @@ const Message kMessages[] = {
     {"zrad pass phrase", 1, "01000000676435ea7b13b291"},
     {"zrad pass phrase", 8, "08000000029fcc5ccd97029f"},
     {"zrad pass phrase", 9, "09000000029fcc5ccd97029f61587de7c3301cab"},
-    {"zrad pass phrase", 511, "md5:cd502dec1714d10503e8740732ae5ad7"},
-    {"zrad pass phrase", 512, "md5:4b71948f1ce99802f74ed4f10cc989c1"},
     {"zrad pass phrase", 513, "md5:112e7810433768fbb4fb1ecf39187c14"},
-    {"zrad pass phrase", 1000, "md5:ac8867bd31deb8c2f64edf88912d6685"},
     {"", 1, "01000000848f9efe91489464"},
-    {"", 9, "090000007206693c70b2890ab2bf981738671023"},
-    {"", 513, "md5:1dfb628fdc5a8f7502977ebbe353d363"},
     {"", 1000, "md5:cf60125c70723d4750d11490eff40e71"},
 };
 
@@ -274,18 +255,19 @@ TEST(DesMessage, MatchesIndependentCiphertextAndRoundTrips) {
     ASSERT_TRUE(DES_Encrypt(plain.data(), int(m.size), m.pass, out)) << "row " << i;
     ASSERT_EQ(out.substr(0, 4), "kept") << "row " << i;
     const std::string form = out.substr(4);
-    EXPECT_EQ(form.size(), 4 + (m.size + 7) / 8 * 8) << "row " << i;
-    const std::string expected = m.form;
-    if (expected.rfind("md5:", 0) == 0)
-      EXPECT_EQ(MD5_32(reinterpret_cast<const unsigned char*>(form.data()), unsigned(form.size()), false),
-                expected.substr(4)) << "row " << i;
-    else
-      EXPECT_EQ(toHex(form), expected) << "row " << i;
+    auto formBytes = reinterpret_cast<const unsigned char*>(form.data());
+    EXPECT_EQ(m.size > 9 ? "md5:" + MD5_32(formBytes, unsigned(form.size()), false) : toHex(form), m.form)
+        << "row " << i;
 
     std::vector<unsigned char> sealed(form.begin(), form.end());
     std::string back = "kept";
     ASSERT_TRUE(DES_Decrypt(sealed.data(), int(sealed.size()), m.pass, back)) << "row " << i;
     EXPECT_EQ(back, "kept" + std::string(plain.begin(), plain.end())) << "row " << i;
+    // Nothing is authenticated: another pass phrase gives other bytes of the same length.
+    std::string wrong;
+    EXPECT_TRUE(DES_Decrypt(sealed.data(), int(sealed.size()), std::string(m.pass) + "!", wrong)) << "row " << i;
+    EXPECT_EQ(wrong.size(), m.size) << "row " << i;
+    EXPECT_TRUE(m.size == 0 || wrong != back.substr(4)) << "row " << i;
   }
 }
 
@@ -317,26 +299,10 @@ TEST(DesMessage, LengthPrefixMustMatchSize) {
   }
   std::string out;
   EXPECT_FALSE(DES_Decrypt(nullptr, 20, pass, out));
+  EXPECT_FALSE(DES_Encrypt(nullptr, 3, pass, out));
   EXPECT_TRUE(out.empty());
-}
-
-TEST(DesMessage, EmptyNegativeAndWrongPassPhrase) {
-  unsigned char byte = 1;
-  const struct { unsigned char* data; int size; bool ok; const char* form; } rows[] = {
-      {nullptr, 0, true, "00000000"}, {&byte, -2, true, "feffffff"}, {nullptr, 3, false, ""}};
-  for (size_t i = 0; i < std::size(rows); ++i) {
-    std::string out;
-    EXPECT_EQ(DES_Encrypt(rows[i].data, rows[i].size, "p", out), rows[i].ok) << "row " << i;
-    EXPECT_EQ(toHex(out), rows[i].form) << "row " << i;
-  }
-
-  auto plain = patternBytes(100);
-  std::string form;
-  ASSERT_TRUE(DES_Encrypt(plain.data(), 100, "right", form));
-  std::string wrong;
-  EXPECT_TRUE(DES_Decrypt(&form[0], int(form.size()), "wrong", wrong));
-  EXPECT_EQ(wrong.size(), 100u);
-  EXPECT_NE(wrong, std::string(plain.begin(), plain.end()));
+  EXPECT_TRUE(DES_Encrypt(plain.data(), -2, pass, out));  // a negative length: the prefix alone
+  EXPECT_EQ(toHex(out), "feffffff");
 }
 
 }  // namespace
