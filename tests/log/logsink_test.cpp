@@ -5,16 +5,26 @@
 #include <cstring>
 #include <ctime>
 #include <regex>
+#include <sstream>
 #include <thread>
+#include <tuple>
 
+#include <gtest/gtest.h>
 #include <zrad/log.h>
 
+#include "common/testdir.h"
 #include "log/logline.h"
 #include "log/logmsg.h"
 #include "log/stacktext.h"
-#include "logtest.h"
 
 namespace {
+
+std::vector<std::string> lines(const std::string& file) {
+  std::vector<std::string> out;
+  std::istringstream in(readFile(file));
+  for (std::string line; std::getline(in, line);) out.push_back(line);
+  return out;
+}
 
 struct Received {
   int level, line;
@@ -28,14 +38,11 @@ void receive(int level, int line, const char* file, const char* function, const 
   g_received.push_back({level, line, file, function, message, thread});
 }
 
-class LogSink : public TempDirTest {
+// Logs to a file in a fresh directory at the default threshold, with no callback.
+class LogSink : public ::testing::Test {
  protected:
   void SetUp() override {
-    file = path("zrad.log");
     zr_set_Log_file(file.c_str());
-    zr_set_print_log_to_file(1);
-    zr_set_print_log_level(4);
-    zr_attach_log_fun(nullptr);
     g_received.clear();
   }
   void TearDown() override {
@@ -43,15 +50,15 @@ class LogSink : public TempDirTest {
     zr_set_print_log_to_file(1);
     zr_set_print_log_level(4);
   }
-  std::string file;
+  TestDir dir;
+  std::string file = dir / "zrad.log";
 };
 
 }  // namespace
 
 TEST_F(LogSink, LineFormatAndLevelNames) {
-  const int levels[] = {0, 1, 2, 3, 4, 5, 6, -1};
   const char* names[] = {"info", "info", "info", "debug", "warnning", "error", "info", "info"};
-  for (int level : levels) zr_Log(level, 12, "src/a.cpp", "fn", "hello world");
+  for (int level : {0, 1, 2, 3, 4, 5, 6, -1}) zr_Log(level, 12, "src/a.cpp", "fn", "hello world");
   std::vector<std::string> got = lines(file);
   ASSERT_EQ(got.size(), 8u);
   for (size_t i = 0; i < got.size(); ++i) {
@@ -87,11 +94,10 @@ TEST_F(LogSink, FileFlagCallbackAndNullName) {
   zr_Log(3, 7, "src/b.cpp", "g", "to the callback only");
   EXPECT_FALSE(exists(file));
   ASSERT_EQ(g_received.size(), 1u);
-  EXPECT_EQ(g_received[0].level, 3);
-  EXPECT_EQ(g_received[0].line, 7);
-  EXPECT_EQ(g_received[0].function, "g");
-  EXPECT_EQ(g_received[0].message, "to the callback only");
-  EXPECT_EQ(g_received[0].thread, static_cast<unsigned long>(pthread_self()));
+  const Received& r = g_received[0];
+  EXPECT_EQ(std::make_tuple(r.level, r.line, r.file, r.function, r.message, r.thread),
+            std::make_tuple(3, 7, std::string("src/b.cpp"), std::string("g"),
+                            std::string("to the callback only"), static_cast<unsigned long>(pthread_self())));
 
   zr_set_print_log_to_file(1);
   zr_set_Log_file(nullptr);  // keeps the current name
@@ -145,9 +151,8 @@ TEST_F(LogSink, StackDumpAndStackText) {
   zr_set_print_log_to_file(0);
   zr_dumpStack();
   ASSERT_EQ(g_received.size(), 1u);
-  EXPECT_EQ(g_received[0].level, 2);
-  EXPECT_EQ(g_received[0].line, -1);
-  EXPECT_EQ(g_received[0].file, "");
+  EXPECT_EQ(std::make_tuple(g_received[0].level, g_received[0].line, g_received[0].file),
+            std::make_tuple(2, -1, std::string()));
   std::regex frame(R"(  # 0: 0x[0-9a-f]+  \S*  (0x[0-9a-f]+|0) 0x[0-9a-f]+ PC:0x[0-9a-f]+)");
   std::string first = g_received[0].message.substr(0, g_received[0].message.find('\n'));
   EXPECT_TRUE(std::regex_match(first, frame)) << first;
@@ -160,9 +165,8 @@ TEST_F(LogSink, StackDumpAndStackText) {
   zrad::detail::setStackTextProvider(zrad::detail::builtinStackText);
 }
 
-using LogTimes = TempDirTest;
-
-TEST_F(LogTimes, InactiveUntilNamedThenPhasesAndFinalState) {
+TEST(LogTimes, InactiveUntilNamedThenPhasesAndFinalState) {
+  TestDir dir;
   zrLogTimes* times = zrLogTimes::getInstance();
   EXPECT_FALSE(times->isLogInfo());
   times->LogTime(zrLogTimes::kReadDwg, true);
@@ -170,7 +174,7 @@ TEST_F(LogTimes, InactiveUntilNamedThenPhasesAndFinalState) {
   EXPECT_EQ(times->getOpenState(), -9999);
   zrLogTimes::destoryInstance();  // writes nothing: no file was named
 
-  std::string file = path("times.txt");
+  std::string file = dir / "times.txt";
   times = zrLogTimes::getInstance();
   times->createFile(file.c_str());
   ASSERT_TRUE(exists(file));
