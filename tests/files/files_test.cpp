@@ -1,17 +1,21 @@
-// Tests of the file services: attributes, listing, contents, stream strings, temporary names,
-// shell commands and case-insensitive lookup.
+// Tests of the file services: attributes, listing and globbing, creating, copying and moving
+// trees, contents, stream strings, temporary names, shell commands and case-insensitive lookup.
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <set>
 #include <string>
+#include <tuple>
 
 #include <gtest/gtest.h>
 #include <zrad/files.h>
 
 #include "files/content.h"
+#include "files/copybytes_posix.h"
 #include "files/shellcommand.h"
 #include "common/testdir.h"
 
@@ -22,22 +26,20 @@ using namespace std::string_literals;  // "\0"s keeps zero bytes
 TEST(FileAttributes, KindsSizesModesSixtyFourBitSizesLinksAndInodes) {
   TestDir dir;
   writeFile(dir / "f.txt", "hello");
-  writeFile(dir / "empty", "");
+  writeFile(dir / "big", "");
   ASSERT_EQ(symlink((dir / "missing").c_str(), (dir / "dangling").c_str()), 0);
   EXPECT_TRUE(zrutIsExistFile((dir.path() + "\\f.txt").c_str()));  // "\" read as "/"
   EXPECT_FALSE(zrutIsExistFile((dir / "dangling").c_str()));
   EXPECT_TRUE(zrutIsDir(dir.path().c_str()));
   EXPECT_FALSE(zrutIsDir((dir / "f.txt").c_str()));
   EXPECT_EQ(zrutGetFileSize((dir / "f.txt").c_str()), 5);
-  EXPECT_EQ(zrutGetFileSize((dir / "empty").c_str()), 0);
+  EXPECT_EQ(zrutGetFileSize((dir / "big").c_str()), 0);
   EXPECT_EQ(zrutGetFileSize((dir / "missing").c_str()), -1);
   EXPECT_EQ(zrutGetFileCreateTime((dir / "missing").c_str()), 0);
   EXPECT_FALSE(zrutAccessFile(L"/nonexistent/x", 0));
 
-  const int64_t fiveGiB = int64_t(5) << 30;  // sparse: no disk space used
-  writeFile(dir / "big", "");
-  ASSERT_EQ(truncate((dir / "big").c_str(), fiveGiB), 0);
-  EXPECT_EQ(zrutGetFileSize((dir / "big").c_str()), fiveGiB);
+  ASSERT_EQ(truncate((dir / "big").c_str(), int64_t(5) << 30), 0);  // sparse: no disk space used
+  EXPECT_EQ(zrutGetFileSize((dir / "big").c_str()), int64_t(5) << 30);
 
   // mode => zrutIsDir flag 1, flag 2, and zrutFileIsReadOnly of a file with that mode.
   const struct { mode_t mode; bool writable, readable, readOnly; } modes[] = {
@@ -75,28 +77,117 @@ TEST(FileAttributes, KindsSizesModesSixtyFourBitSizesLinksAndInodes) {
         << "row " << i;
 }
 
+using Names = std::set<std::string>;
+Names namesOf(const ZrFindDataArray& found) {
+  Names names;
+  for (const _finddata_t& record : found) names.insert(record.name);
+  return names;
+}
+Names namesOf(const ZrArray<ZrUtf8String>& paths) {
+  Names names;
+  for (const ZrUtf8String& path : paths) names.insert(path.str());
+  return names;
+}
+
+// d/a.txt d/b.dat d/sub/c.txt d/sub/deep/d.txt d/sub.txt/ (a directory) d/图纸.txt
+// d/link -> sub (never descended)
+void makeTree(const TestDir& dir) {
+  writeFile(dir / "d/a.txt", "aa");
+  writeFile(dir / "d/b.dat", "b");
+  writeFile(dir / "d/sub/c.txt", "ccc");
+  writeFile(dir / "d/sub/deep/d.txt", "");
+  mkdir((dir / "d/sub.txt").c_str(), 0700);
+  writeFile(dir / "d/图纸.txt", "z");
+  symlink("sub", (dir / "d/link").c_str());
+}
+
 TEST(FindFirst, ListsEveryEntryWithItsKindAndSize) {
   TestDir dir;
-  writeFile(dir / "file", "12345");
-  ASSERT_EQ(mkdir((dir / "sub").c_str(), 0700), 0);
-  ASSERT_EQ(symlink("file", (dir / "link").c_str()), 0);
-  _finddata_t record;
-  std::memset(&record, 0, sizeof record);
-  intptr_t handle = findfirstUtf8(dir.path().c_str(), &record);
+  makeTree(dir);
+  _finddata_t record{};
+  intptr_t handle = findfirstUtf8((dir / "d").c_str(), &record);
   ASSERT_NE(handle, -1);
-  EXPECT_EQ(record.directory, dir.path());
+  EXPECT_EQ(record.directory, dir / "d");
   std::map<std::string, std::pair<uint32_t, int64_t>> seen;  // name => attrib, size
   do seen[record.name] = {record.attrib, record.size};
   while (findnextUtf8(handle, &record) == 0);
   EXPECT_EQ(findcloseUtf8(handle), 0);
-  ASSERT_EQ(seen.size(), 5u);
-  EXPECT_EQ(seen["file"], std::make_pair(0u, int64_t(5)));
-  EXPECT_EQ(seen["link"], std::make_pair(kFindAttribLink, int64_t(5)));  // size of the target
-  for (const char* name : {".", "..", "sub"})
-    EXPECT_EQ(seen[name].first, kFindAttribDirectory) << name;
+  ASSERT_EQ(seen.size(), 8u);
+  EXPECT_EQ(seen["a.txt"], std::make_pair(0u, int64_t(2)));
+  EXPECT_EQ(seen["link"], std::make_pair(kFindAttribLink, seen["sub"].second));  // size of the target
+  for (const char* name : {".", "..", "sub"}) EXPECT_EQ(seen[name].first, kFindAttribDirectory) << name;
 
-  EXPECT_EQ(findfirstUtf8((dir / "file").c_str(), &record), -1);
+  EXPECT_EQ(findfirstUtf8((dir / "d/a.txt").c_str(), &record), -1);
   EXPECT_EQ(findnextUtf8(-1, &record), -1);
+}
+
+TEST(Glob, FlagsChooseEntriesRecordsAndFullOrCaselessForms) {
+  TestDir dir;
+  makeTree(dir);
+  const struct { const char* pattern; int flags; Names expected; } rows[] = {
+      {"*.txt", kGlobFiles, {"a.txt", "图纸.txt"}},
+      {"*.txt", kGlobFiles | kGlobRecursive, {"a.txt", "图纸.txt", "sub/c.txt", "sub/deep/d.txt"}},
+      {"*.txt", kGlobDirs, {"sub.txt"}},
+      {"*", kGlobDirs | kGlobDotDirs, {".", "..", "sub", "sub.txt"}},
+      {"*", kGlobDirs | kGlobRecursive, {"sub", "sub.txt", "sub/deep"}},
+      {"l*", kGlobFiles, {"link"}},  // a link is listed as a file, never entered
+      {"*.TXT", kGlobFiles, {}},
+      {"?.txt", kGlobFiles | kGlobRecursive, {"a.txt", "sub/c.txt", "sub/deep/d.txt"}},
+  };
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    ZrFindDataArray found;
+    int count = zrutGlob((dir / "d").c_str(), rows[i].pattern, found, rows[i].flags);
+    EXPECT_EQ(count, found.length()) << "row " << i;
+    EXPECT_EQ(namesOf(found), rows[i].expected) << "row " << i;
+  }
+
+  // Records carry kind, size, inode, time and directory, each directory before its entries.
+  ZrFindDataArray found;
+  found.setLogicalLength(1);  // the array is appended to, not cleared
+  const int flags = kGlobFiles | kGlobDirs | kGlobRecursive;
+  const int count = zrutGlob((dir / "d").c_str(), "*", found, flags);
+  EXPECT_EQ(count, found.length());
+  auto at = [&](const char* name) {
+    for (int i = 1; i < found.length(); ++i)
+      if (std::strcmp(found[i].name, name) == 0) return i;
+    return -1;
+  };
+  ASSERT_GT(at("sub"), 0);
+  ASSERT_GT(at("sub/c.txt"), at("sub"));  // a directory's entries follow it
+  EXPECT_EQ(found[at("sub")].attrib, kFindAttribDirectory);
+  EXPECT_EQ(found[at("link")].attrib, kFindAttribLink);
+  const _finddata_t& c = found[at("sub/c.txt")];
+  struct stat st;
+  ASSERT_EQ(stat((dir / "d/sub/c.txt").c_str(), &st), 0);
+  EXPECT_EQ(std::make_tuple(c.attrib, c.size, c.inode, c.time_write),
+            std::make_tuple(0u, int64_t(3), uint64_t(st.st_ino), int64_t(st.st_mtime)));
+  EXPECT_EQ(std::string(c.directory), dir / "d/sub");
+
+  ZrArray<ZrUtf8String> paths, upper;
+  zrutGlob2((dir / "d").c_str(), "*.txt", paths);
+  EXPECT_EQ(namesOf(paths), Names({dir / "d/a.txt", dir / "d/图纸.txt", dir / "d/sub/c.txt",
+                                   dir / "d/sub/deep/d.txt"}));
+  ZrFindDataArray caseless;
+  zrutGlobNoCaseSensitive((dir / "d").c_str(), "*.TXT", caseless, kGlobFiles);
+  EXPECT_EQ(namesOf(caseless), Names({"a.txt", "图纸.txt"}));
+  EXPECT_EQ(zrutGlobNoCaseSensitive2((dir / "d/").c_str(), "C.TXT", upper), 1);
+  EXPECT_EQ(namesOf(upper), Names({dir / "d/sub/c.txt"}));
+}
+
+TEST(Glob, NamesAtTheLengthLimitAndDirectoriesThatCannotBeListed) {
+  TestDir dir;
+  // Names are kept up to 258 bytes (259 with the terminator): "x/" + 250 + "/" + 5 is 258.
+  const std::string longName(255, 'n'), deepName(250, 'm');
+  writeFile(dir / ("t/x/" + longName), "");
+  writeFile(dir / ("t/x/" + deepName + "/fffff"), "");
+  writeFile(dir / ("t/x/" + deepName + "/gggggg"), "");
+  ZrFindDataArray found;
+  zrutGlob((dir / "t").c_str(), "*", found, kGlobFiles | kGlobRecursive);
+  EXPECT_EQ(namesOf(found), Names({"x/" + longName, "x/" + deepName + "/fffff"}));
+
+  ZrFindDataArray none;
+  EXPECT_EQ(zrutGlob((dir / "missing").c_str(), "*", none, kGlobFiles), 0);
+  EXPECT_EQ(zrutGlob((dir / ("t/x/" + longName)).c_str(), "*", none, kGlobFiles), 0);
 }
 
 TEST(FileTree, CreateCleanAndRemoveNeverFollowLinks) {
@@ -120,6 +211,135 @@ TEST(FileTree, CreateCleanAndRemoveNeverFollowLinks) {
   EXPECT_TRUE(zrutRemoveFile((dir / "outside").c_str()));
   EXPECT_FALSE(exists(dir / "outside"));
   EXPECT_FALSE(zrutCleanPath((dir / "nothing").c_str()));
+}
+
+// "seconds.nanoseconds" of the last change.
+std::string mtimeOf(const std::string& path) {
+  struct stat st {};
+  stat(path.c_str(), &st);
+  return std::to_string(st.st_mtim.tv_sec) + "." + std::to_string(st.st_mtim.tv_nsec);
+}
+
+void setOldTimes(const std::string& path) {
+  const struct timespec times[2] = {{1000000000, 123456789}, {1100000000, 987654321}};
+  utimensat(AT_FDCWD, path.c_str(), times, 0);
+}
+
+TEST(CopyFile, CopiesBytesAndTimesIntoNewDirectories) {
+  TestDir dir;
+  std::string bytes;
+  for (int i = 0; i < 3 * 1024 * 1024 + 17; ++i) bytes += static_cast<char>(i * 7 + i / 251);
+  const struct { const char* name; std::string content; } rows[] = {
+      {"big", bytes}, {"empty", ""}, {"中文名.dwg", "内容"}};
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    std::string from = dir / rows[i].name, to = dir / (std::string("out/x/") + rows[i].name);
+    writeFile(from, rows[i].content);
+    setOldTimes(from);
+    ASSERT_TRUE(zrutCopyFile(from.c_str(), to.c_str())) << "row " << i;
+    EXPECT_EQ(readFile(to), rows[i].content) << "row " << i;
+    EXPECT_EQ(mtimeOf(to), "1100000000.987654321") << "row " << i;
+  }
+}
+
+TEST(CopyFile, RefusalsLeaveTheSourceWhole) {
+  TestDir dir;
+  writeFile(dir / "d/f", "keep");
+  ASSERT_EQ(symlink("f", (dir / "d/link").c_str()), 0);
+  ASSERT_EQ(link((dir / "d/f").c_str(), (dir / "d/hard").c_str()), 0);
+  writeFile(dir / "plain", "");
+  const std::string refused[][2] = {  // the same file, empty names, no source, no place for it
+      {dir / "d/f", dir / "d/f"}, {dir / "d/f", dir / "d/link"}, {dir / "d/f", dir / "d/hard"},
+      {dir / "d/link", dir / "d/f"}, {dir / "d/f", ""}, {"", dir / "x"}, {dir / "missing", dir / "x"},
+      {dir / "d/f", dir / "plain/x"}, {dir / "d/f", dir / "d"}};
+  for (size_t i = 0; i < std::size(refused); ++i) {
+    EXPECT_FALSE(zrutCopyFile(refused[i][0].c_str(), refused[i][1].c_str())) << "row " << i;
+    EXPECT_FALSE(zrutMoveFile(refused[i][0].c_str(), refused[i][1].c_str())) << "row " << i;
+    EXPECT_EQ(readFile(dir / "d/f"), "keep") << "row " << i;
+  }
+}
+
+TEST(CopyFile, BareDestinationCopiesNothingButMoveKeepsTheBytes) {
+  TestDir dir;
+  char cwd[4096];
+  ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
+  ASSERT_EQ(chdir(dir.path().c_str()), 0);
+  writeFile("a.txt", "A");
+  EXPECT_TRUE(zrutCopyFile("a.txt", "b.txt"));
+  EXPECT_FALSE(exists("b.txt"));
+  EXPECT_TRUE(zrutMoveFile("a.txt", "b.txt"));
+  EXPECT_EQ(readFile("b.txt"), "A");
+  EXPECT_FALSE(exists("a.txt"));
+  ASSERT_EQ(chdir(cwd), 0);
+}
+
+TEST(CopyFile, BufferedFallbackCopiesPipesAndFailsOnAFullDisk) {
+  TestDir dir;
+  int fds[2];
+  ASSERT_EQ(pipe(fds), 0);
+  ASSERT_EQ(write(fds[1], "through a pipe", 14), 14);
+  close(fds[1]);
+  int to = open((dir / "out").c_str(), O_WRONLY | O_CREAT, 0600);
+  EXPECT_TRUE(zrad::files::copyBytes(fds[0], to));
+  close(to);
+  close(fds[0]);
+  EXPECT_EQ(readFile(dir / "out"), "through a pipe");
+  int full = open("/dev/full", O_WRONLY), from = open((dir / "out").c_str(), O_RDONLY);
+  ASSERT_GE(full, 0);
+  EXPECT_FALSE(zrad::files::copyBytesBuffered(from, full));
+  close(full);
+  close(from);
+}
+
+TEST(CopyPath, CopiesTreesWithLinksAndRefusesItself) {
+  TestDir dir;
+  writeFile(dir / "src/sub/b", "b");
+  mkdir((dir / "src/emptydir").c_str(), 0700);
+  ASSERT_EQ(symlink("sub/b", (dir / "src/rel").c_str()), 0);
+  ASSERT_EQ(symlink("/nonexistent/target", (dir / "src/dangling").c_str()), 0);
+  ASSERT_TRUE(zrutCopyPath((dir / "src").c_str(), (dir / "dst").c_str()));
+  EXPECT_EQ(readFile(dir / "dst/sub/b"), "b");
+  EXPECT_TRUE(zrutIsDir((dir / "dst/emptydir").c_str()));
+  char target[64];
+  int length = sizeof target;
+  ASSERT_TRUE(isSymbolicLink((dir / "dst/rel").c_str(), target, &length));
+  EXPECT_STREQ(target, "sub/b");
+  EXPECT_TRUE(isSymbolicLink((dir / "dst/dangling").c_str()));
+  EXPECT_TRUE(zrutCopyPath((dir / "src").c_str(), (dir / "dst").c_str()));  // links replaced
+
+  EXPECT_FALSE(zrutCopyPath((dir / "src").c_str(), (dir / "src/sub/x/y").c_str()));
+  EXPECT_FALSE(exists(dir / "src/sub/x"));
+}
+
+TEST(MoveFile, MovesFilesLinksAndTrees) {
+  TestDir dir;
+  writeFile(dir / "f", "f");
+  ASSERT_TRUE(zrutMoveFile((dir / "f").c_str(), (dir / "new/dir/f").c_str()));
+  EXPECT_FALSE(exists(dir / "f"));
+  EXPECT_EQ(readFile(dir / "new/dir/f"), "f");
+
+  ASSERT_EQ(symlink("new", (dir / "l").c_str()), 0);
+  ASSERT_TRUE(zrutMoveFile((dir / "l").c_str(), (dir / "l2").c_str()));
+  EXPECT_TRUE(isSymbolicLink((dir / "l2").c_str()) && !exists(dir / "l"));
+  EXPECT_EQ(readFile(dir / "new/dir/f"), "f");  // the link's target is untouched
+
+  // A tree into a fresh place, and a tree merged into an existing one.
+  writeFile(dir / "t/a", "a");
+  writeFile(dir / "t/s/b", "b");
+  ASSERT_TRUE(zrutMoveFile((dir / "t").c_str(), (dir / "t2").c_str()));
+  writeFile(dir / "m/s/c", "c");
+  ASSERT_TRUE(zrutMoveFile((dir / "t2").c_str(), (dir / "m").c_str()));
+  EXPECT_FALSE(exists(dir / "t2"));
+  EXPECT_EQ(readFile(dir / "m/a") + readFile(dir / "m/s/b") + readFile(dir / "m/s/c"), "abc");
+  EXPECT_FALSE(zrutMoveFile((dir / "m").c_str(), (dir / "m/s/inside").c_str()));
+  EXPECT_EQ(readFile(dir / "m/s/b"), "b");
+
+  // b cannot replace a directory: the move stops, and every file is in exactly one place.
+  writeFile(dir / "t/a", "a");
+  writeFile(dir / "t/b", "b");
+  writeFile(dir / "dest/b/x", "a directory where the file b would go");
+  EXPECT_FALSE(zrutMoveFile((dir / "t").c_str(), (dir / "dest").c_str()));
+  EXPECT_EQ(readFile(dir / "t/b"), "b");
+  EXPECT_TRUE(exists(dir / "t/a") != exists(dir / "dest/a"));
 }
 
 TEST(FileContent, DecodesMarksAndEncodesModes) {
@@ -192,15 +412,9 @@ TEST(ShellCommands, PlainPathsKeepTheirFormAndOthersAreQuoted) {
 TEST(ShellCommands, HostilePathsNeverRunASecondCommand) {
   TestDir dir;
   const std::string marker = dir / "ran";
-  const std::string hostile[] = {
-      "a\"; touch " + marker + "; echo \"",
-      "a'; touch " + marker + "; echo '",
-      "$(touch " + marker + ")",
-      "`touch " + marker + "`",
-      "a\ntouch " + marker,
-      "a | touch " + marker,
-      "'\"'\"$(touch " + marker + ")\"'",
-  };
+  const std::string hostile[] = {"a\"; touch " + marker + "; echo \"", "a'; touch " + marker + "; echo '",
+                                 "$(touch " + marker + ")", "`touch " + marker + "`", "a\ntouch " + marker,
+                                 "a | touch " + marker, "'\"'\"$(touch " + marker + ")\"'"};
   for (size_t i = 0; i < std::size(hostile); ++i) {
     EXPECT_FALSE(zrutFileHasOpen(hostile[i].c_str())) << "row " << i;
     zrutOpenPdfFile(hostile[i].c_str());
