@@ -13,6 +13,8 @@
 //                   (dropping the copies not timed)
 //   equal_<doc>     comparing the tree with an equal copy beside RapidJSON's and nlohmann's ==
 //                   (bEqual matches Array items at any position, trying the same position first)
+//   object_insert   100,000 names set one by one in a scrambled order into one object, beside
+//                   nlohmann's object (a std::map); dropping them not timed
 // Build with -DCMAKE_BUILD_TYPE=Release -DZRAD_BENCH=ON -DZRAD_TESTS=OFF.
 #include <zrad/json.h>
 
@@ -25,6 +27,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "common/peer_ratio.h"
 
@@ -250,6 +253,33 @@ void equalNlohmann(benchmark::State& state, int which) {
   comparing(state, [&] { return a == b; });
 }
 
+// Names in a scrambled order: most go far from the end of the object built so far.
+const std::vector<std::string>& scrambledNames() {
+  static const std::vector<std::string> names = [] {
+    std::vector<std::string> v;
+    for (uint32_t i = 0; i < 100000; ++i) v.push_back("key" + std::to_string(i * 7919u % 100003u));
+    return v;
+  }();
+  return names;
+}
+
+void insertZrad(benchmark::State& state) {
+  std::vector<ZrUtf8String> names(scrambledNames().begin(), scrambledNames().end());
+  reading(state, false, [&] {
+    ZrJsonPtr object = ElementValue::createObject(etObject);
+    for (const ZrUtf8String& name : names) object->set_propertyi(name, 1, false);
+    return object;
+  });
+}
+
+void insertNlohmann(benchmark::State& state) {
+  reading(state, false, [&] {
+    nlohmann::json object = nlohmann::json::object();
+    for (const std::string& name : scrambledNames()) object[name] = 1;
+    return object;
+  });
+}
+
 const bool kRegistered = [] {
   for (int which = 0; which < 3; ++which) {
     std::string name = doc(which).name;
@@ -272,6 +302,8 @@ const bool kRegistered = [] {
     benchmark::RegisterBenchmark(("equal_" + name + "/rapidjson").c_str(), equalRapid, which);
     benchmark::RegisterBenchmark(("equal_" + name + "/nlohmann").c_str(), equalNlohmann, which);
   }
+  benchmark::RegisterBenchmark("object_insert/zrad", insertZrad);
+  benchmark::RegisterBenchmark("object_insert/nlohmann", insertNlohmann);
   return true;
 }();
 

@@ -1,5 +1,7 @@
 // Tests of element values: kinds and conversions, setters and refusals, properties, arrays,
 // handles and reference counts.
+#include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <string>
 #include <thread>
@@ -179,6 +181,64 @@ TEST(ElementProperties, ByteOrderEnumerationAndRemoval) {
   EXPECT_EQ(make(etNullFlag)->safeTimeValue(4), 4);
   EXPECT_EQ(make(etString)->property_count(), 0);
   EXPECT_FALSE(make(etString)->hasProperty("a"));
+}
+
+// Names added far from the end of a large Object wait at the end of its block until a reader
+// needs the order; every way of reading must see them in order, also several threads at once.
+TEST(ElementProperties, LargeObjectsFilledOutOfOrder) {
+  // A scrambled order, then names that all sort first, so that many are still waiting.
+  std::vector<std::pair<std::string, int>> members;
+  for (int i = 0; i < 20000; ++i) members.push_back({"k" + std::to_string(i * 7919 % 20000), i * 7919 % 20000});
+  for (int i = 0; i < 120; ++i) members.push_back({"a" + std::to_string(i), i});
+  auto fill = [&] {
+    ZrJsonPtr o = make(etObject);
+    for (const auto& [name, value] : members) o->set_propertyi(name.c_str(), value, false);
+    return o;
+  };
+  std::vector<std::pair<std::string, int>> sorted = members;
+  std::sort(sorted.begin(), sorted.end());
+  std::string expected = "{";
+  for (const auto& [name, value] : sorted) expected += (expected.size() > 1 ? ",\"" : "\"") + name + "\":" + std::to_string(value);
+  expected += "}";
+
+  for (int round = 0; round < 4; ++round) {
+    ZrJsonPtr fresh = fill();
+    std::atomic<int> starting{4};
+    std::vector<std::string> seen(4);
+    std::vector<std::thread> readers;
+    for (int t = 0; t < 4; ++t)
+      readers.emplace_back([&, t] {
+        for (--starting; starting.load() > 0;) {
+        }
+        std::string& out = seen[t];
+        switch ((t + round) % 4) {
+          case 0: out = fresh->writeJson().str(); break;
+          case 1: out = fresh->clone()->writeJson().str(); break;
+          case 2:
+            for (const auto& [name, value] : members)
+              if (fresh(name)->longlongValue() != value) out = "lookup of " + name;
+            break;
+          default: {
+            ZrUtf8String key;
+            for (size_t i = 0; i < sorted.size(); ++i)
+              if (!fresh->enumproperty(static_cast<int>(i), key) || key.str() != sorted[i].first) out = "entry " + key.str();
+          }
+        }
+      });
+    for (std::thread& r : readers) r.join();
+    for (int t = 0; t < 4; ++t) {
+      const bool byText = (t + round) % 4 < 2;
+      EXPECT_EQ(seen[t], byText ? expected : "") << "round " << round << " reader " << t;
+    }
+  }
+
+  ZrJsonPtr o = fill();
+  EXPECT_EQ(o->set_propertyi("a119", 0, true)->getType(), etReadOnlyFlag | etInteger) << "a waiting name is replaced";
+  EXPECT_FALSE(o->set_propertyi("a119", 1, false)) << "and then refuses as read-only";
+  o->removeProperty("a118");
+  EXPECT_EQ(o->property_count(), static_cast<int>(members.size()) - 1);
+  EXPECT_FALSE(o->hasProperty("a118"));
+  EXPECT_EQ(o("a119")->longlongValue(), 0);
 }
 
 TEST(ElementArrays, EditsAndBounds) {

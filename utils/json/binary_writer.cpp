@@ -122,7 +122,7 @@ class Encoder {
 
   bool encodeObject(const IElementValueBase* e, const ElementValue* ev, int depth) {
     if (ev) {
-      auto* store = reinterpret_cast<const ObjectStore*>(ElementAccess::word(*ev));
+      const ObjectStore* store = entriesOf(*ev);
       put32(m_out, sizeOf(store));
       for (uint32_t i = 0; i < sizeOf(store); ++i) {
         const Entry& entry = store->items()[i];

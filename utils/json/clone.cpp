@@ -137,12 +137,12 @@ class Cloner {
   // `copy` from the start and counts only what is filled in, so a failure leaves a tree that
   // drops cleanly.
   bool copyStore(const ElementValue& source, ElementValue& copy, int depth) {
-    const uint64_t word = ElementAccess::word(source);
-    const uint32_t count = sizeOf(reinterpret_cast<const void*>(word));
+    const void* block = blockOf(source);
+    const uint32_t count = sizeOf(block);
     if (!count) return true;
     bool ok = true;
     if (kindOf(ElementAccess::type(source)) == etObject) {
-      const Entry* from = reinterpret_cast<const ObjectStore*>(word)->items();
+      const Entry* from = static_cast<const ObjectStore*>(block)->items();
       auto* store = static_cast<ObjectStore*>(newBlock(sizeof(Entry), count));
       store->size = 0;
       ElementAccess::word(copy) = reinterpret_cast<uint64_t>(store);
@@ -155,7 +155,7 @@ class Cloner {
         ok = fill(entry.value, from[i].value, depth + 1);
       }
     } else {
-      IElementValueBase* const* from = reinterpret_cast<const ItemStore*>(word)->items();
+      IElementValueBase* const* from = static_cast<const ItemStore*>(block)->items();
       auto* store = static_cast<ItemStore*>(newBlock(sizeof(IElementValueBase*), count));
       store->size = 0;
       ElementAccess::word(copy) = reinterpret_cast<uint64_t>(store);

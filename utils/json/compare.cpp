@@ -31,9 +31,7 @@ Shallow compareFields(const ElementValue& a, const ElementValue& b) {
   switch (kind) {
     case etObject:
     case etArray:
-      if (sizeOf(reinterpret_cast<const void*>(wa)) != sizeOf(reinterpret_cast<const void*>(wb)))
-        return Shallow::kUnequal;
-      return Shallow::kCompareMembers;
+      return sizeOf(blockOf(a)) == sizeOf(blockOf(b)) ? Shallow::kCompareMembers : Shallow::kUnequal;
     case etNone: return Shallow::kEqual;
     case etBoolean: return verdict(((wa & 0xFF) != 0) == ((wb & 0xFF) != 0));
     case etDouble: {
@@ -91,8 +89,8 @@ class MemberComparison {
     const ElementValue* et = asElement(theirs);
     if (em && et) {
       m_fields = true;
-      m_mineBlock = reinterpret_cast<const void*>(ElementAccess::word(*em));
-      m_theirsBlock = reinterpret_cast<const void*>(ElementAccess::word(*et));
+      m_mineBlock = blockOf(*em);
+      m_theirsBlock = blockOf(*et);
     }
   }
 

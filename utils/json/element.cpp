@@ -221,27 +221,45 @@ ZrJsonPtr ElementValue::set_valuep(void* value, int type) {
 // ---- properties ----
 
 namespace {
-const ObjectStore* objectOf(uint32_t type, uint64_t word) {
-  return kindOf(type) == etObject ? reinterpret_cast<const ObjectStore*>(word) : nullptr;
+const ObjectStore* objectOf(const ElementValue& e) {
+  return kindOf(ElementAccess::type(e)) == etObject ? entriesOf(e) : nullptr;
+}
+
+// set_property moves at most this many entries to put a new name in its place; a name further
+// from the end waits at the end of the block (see entriesOf) until more than unorderedLimit wait.
+constexpr uint32_t kMovedAtMost = 64;
+
+// About the square root of `size`: the waiting names are searched one by one, and sorting them
+// in moves the whole block, so this balances the two.
+uint32_t unorderedLimit(uint32_t size) {
+  uint32_t root = 1u << ((32 - __builtin_clz(size | 1)) / 2);
+  return root > kMovedAtMost ? root : kMovedAtMost;
+}
+
+// Index of `name` among the `count` entries at `entries`, in no order, or -1.
+int findUnordered(const Entry* entries, uint32_t count, std::string_view name) {
+  for (uint32_t i = 0; i < count; ++i)
+    if (entries[i].name.size == name.size() && compareNames(entries[i].name.view(), name) == 0) return static_cast<int>(i);
+  return -1;
 }
 }  // namespace
 
 ZrJsonPtr ElementValue::property_sub(const ZrUtf8String& name) const {
-  const ObjectStore* store = objectOf(m_type, m_value.u);
+  const ObjectStore* store = objectOf(*this);
   int at = findEntry(store, viewOf(name));
   return at >= 0 ? ZrJsonPtr(store->items()[at].value) : ZrJsonPtr();
 }
 
 bool ElementValue::hasProperty(const ZrUtf8String& name) const {
-  return findEntry(objectOf(m_type, m_value.u), viewOf(name)) >= 0;
+  return findEntry(objectOf(*this), viewOf(name)) >= 0;
 }
 
 int ElementValue::property_count() const {
-  return static_cast<int>(sizeOf(objectOf(m_type, m_value.u)));
+  return static_cast<int>(sizeOf(objectOf(*this)));
 }
 
 ZrJsonPtr ElementValue::enumproperty(int i, ZrUtf8String& key) const {
-  const ObjectStore* store = objectOf(m_type, m_value.u);
+  const ObjectStore* store = objectOf(*this);
   if (i < 0 || static_cast<uint32_t>(i) >= sizeOf(store)) return {};
   const Entry& e = store->items()[i];
   key = ZrUtf8String(std::string(e.name.view()));
@@ -253,8 +271,15 @@ ZrJsonPtr ElementValue::set_property(const ZrUtf8String& name, const ZrJsonPtr& 
     ZRAD_LOG(5, kLogSource, "%s(%s), line:%d, type:0x%x", "set_property", name.c_str(), __LINE__, m_type);
     return {};
   }
+  const std::string_view key = viewOf(name);
   auto* store = static_cast<ObjectStore*>(m_value.p);
-  int at = findEntry(store, viewOf(name));
+  const uint32_t size = sizeOf(store), unordered = static_cast<uint32_t>(m_second);
+  const uint32_t ordered = size - unordered;
+  int at = size ? findEntry(store->items(), ordered, key) : -1;
+  if (at < 0 && unordered) {
+    int waiting = findUnordered(store->items() + ordered, unordered, key);
+    if (waiting >= 0) at = static_cast<int>(ordered) + waiting;
+  }
   if (at >= 0) {
     IElementValueBase*& slot = store->items()[at].value;
     if (slot && (slot->getType() & etReadOnlyFlag)) return {};
@@ -262,15 +287,24 @@ ZrJsonPtr ElementValue::set_property(const ZrUtf8String& name, const ZrJsonPtr& 
     releaseItem(std::exchange(slot, value.get()));
     return value;
   }
-  uint32_t pos = static_cast<uint32_t>(-at - 1);
-  store = static_cast<ObjectStore*>(growBlock(store, sizeof(Entry), sizeOf(store) + 1));
+  // Room first, then the name: if either runs out of memory, the Object is as it was.
+  store = static_cast<ObjectStore*>(growBlock(store, sizeof(Entry), size + 1));
   m_value.p = store;
+  Entry added;
+  makeName(added.name, key);
+  added.value = value.get();
   Entry* entries = store->items();
-  std::memmove(entries + pos + 1, entries + pos, (store->size - pos) * sizeof(Entry));
-  makeName(entries[pos].name, viewOf(name));
-  entries[pos].value = value.get();
+  uint32_t pos = static_cast<uint32_t>(-at - 1);
+  if (unordered == 0 && ordered - pos <= kMovedAtMost) {
+    std::memmove(entries + pos + 1, entries + pos, (size - pos) * sizeof(Entry));
+  } else {
+    pos = size;
+    ++m_second;
+  }
+  entries[pos] = added;
   if (value.get()) value->AddRef();
   ++store->size;
+  if (m_second > unorderedLimit(store->size)) settle(*this);
   return value;
 }
 
@@ -312,6 +346,7 @@ ZrJsonPtr ElementValue::set_propertyp(const ZrUtf8String& name, void* value, boo
 
 void ElementValue::removeProperty(const ZrUtf8String& name) {
   if (kindOf(m_type) != etObject || (m_type & etReadOnlyFlag)) return;
+  settle(*this);
   auto* store = static_cast<ObjectStore*>(m_value.p);
   int at = findEntry(store, viewOf(name));
   if (at < 0) return;

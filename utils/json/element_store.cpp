@@ -4,6 +4,11 @@
 // growing copies raw bytes.
 #include "json/element_store.h"
 
+#include <algorithm>
+#include <memory>
+#include <mutex>
+#include <new>
+
 #include "json/element_pool.h"
 
 namespace zrad::json {
@@ -106,16 +111,59 @@ void freeEntries(ObjectStore* store) {
   freeBlock(store, sizeof(Entry));
 }
 
-int findEntry(const ObjectStore* store, std::string_view name) {
-  int lo = 0, hi = static_cast<int>(sizeOf(store)) - 1;
+int findEntry(const Entry* entries, uint32_t count, std::string_view name) {
+  int lo = 0, hi = static_cast<int>(count) - 1;
   while (lo <= hi) {
     int mid = (lo + hi) >> 1;
-    int c = compareNames(store->items()[mid].name.view(), name);
+    int c = compareNames(entries[mid].name.view(), name);
     if (c == 0) return mid;
     if (c < 0) lo = mid + 1;
     else hi = mid - 1;
   }
   return -lo - 1;
+}
+
+namespace {
+
+bool nameBefore(const Entry& a, const Entry& b) { return compareNames(a.name.view(), b.name.view()) < 0; }
+
+// Moves the `count` entries after the first `ordered` ones, both runs in order and all names
+// different, into their places. Each finds its place by a binary search, and every entry moves
+// at most once, in blocks; a whole merge would compare every entry it passes.
+void placeTail(Entry* entries, uint32_t ordered, uint32_t count) {
+  std::unique_ptr<Entry[]> tail(new (std::nothrow) Entry[count]);
+  if (!tail) {
+    std::inplace_merge(entries, entries + ordered, entries + ordered + count, nameBefore);
+    return;
+  }
+  std::memcpy(tail.get(), entries + ordered, count * sizeof(Entry));
+  uint32_t end = ordered;  // the ordered entries not moved yet
+  for (uint32_t j = count; j-- > 0;) {
+    int at = findEntry(entries, end, tail[j].name.view());
+    uint32_t pos = static_cast<uint32_t>(at < 0 ? -at - 1 : at);
+    std::memmove(entries + pos + j + 1, entries + pos, (end - pos) * sizeof(Entry));
+    entries[pos + j] = tail[j];
+    end = pos;
+  }
+}
+
+}  // namespace
+
+void settle(ElementValue& object) {
+  const uint64_t unordered = ElementAccess::sharedSecond(object);
+  if (!unordered) return;
+  // In place, so the block stays where readers find it.
+  auto* store = reinterpret_cast<ObjectStore*>(ElementAccess::word(object));
+  Entry* tail = store->items() + store->size - unordered;
+  std::sort(tail, tail + unordered, nameBefore);
+  placeTail(store->items(), static_cast<uint32_t>(store->size - unordered), static_cast<uint32_t>(unordered));
+  ElementAccess::publishSecond(object, 0);
+}
+
+void settleShared(const ElementValue& object) {
+  static std::mutex* lock = new std::mutex;  // never destroyed: threads may read trees during exit
+  std::lock_guard<std::mutex> guard(*lock);
+  settle(const_cast<ElementValue&>(object));
 }
 
 }  // namespace zrad::json

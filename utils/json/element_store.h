@@ -23,6 +23,10 @@ struct ElementAccess {
   static uint64_t word(const ElementValue& e) { return e.m_value.u; }
   static uint64_t& second(ElementValue& e) { return e.m_second; }
   static uint64_t second(const ElementValue& e) { return e.m_second; }
+  // The second word as readers on several threads may read and settle it (an Object's entries
+  // not yet in order, see entriesOf).
+  static uint64_t sharedSecond(const ElementValue& e) { return __atomic_load_n(&e.m_second, __ATOMIC_ACQUIRE); }
+  static void publishSecond(ElementValue& e, uint64_t v) { __atomic_store_n(&e.m_second, v, __ATOMIC_RELEASE); }
   // The value and second words as 16 adjacent bytes (a short String's text).
   static char* words(ElementValue& e) { return reinterpret_cast<char*>(&e.m_value); }
   static const char* words(const ElementValue& e) { return reinterpret_cast<const char*>(&e.m_value); }
@@ -170,13 +174,34 @@ inline void freeName(Name& name) {
   name.size = 0;
 }
 
-// strcmp order on the UTF-8 bytes (a shorter prefix first).
+// The first min(n, 8) of the n >= 1 bytes at `p` as a number that orders like the bytes do
+// (unsigned, big-endian; for fewer than 8 bytes, two overlapping loads that still compare in
+// byte order when both sides have the same n).
+inline uint64_t orderKey(const char* p, size_t n) {
+  auto load = [](const char* q, auto v) {
+    std::memcpy(&v, q, sizeof v);
+    return v;
+  };
+  if (n >= 8) return __builtin_bswap64(load(p, uint64_t()));
+  if (n >= 4) return uint64_t(__builtin_bswap32(load(p, uint32_t()))) << 32 | __builtin_bswap32(load(p + n - 4, uint32_t()));
+  auto byte = [&](size_t i) { return uint64_t(static_cast<unsigned char>(p[i])); };
+  return byte(0) << 16 | byte(n / 2) << 8 | byte(n - 1);
+}
+
+// strcmp order on the UTF-8 bytes (a shorter prefix first). Most names differ in their first
+// byte, and most of the others within their first eight, which one integer comparison settles
+// without a call.
 inline int compareNames(std::string_view a, std::string_view b) {
   size_t n = a.size() < b.size() ? a.size() : b.size();
-  // Most names differ in their first byte; settle that without a call.
   if (n && a[0] != b[0]) return static_cast<unsigned char>(a[0]) < static_cast<unsigned char>(b[0]) ? -1 : 1;
-  int c = n ? std::memcmp(a.data(), b.data(), n) : 0;
-  if (c != 0) return c;
+  if (n) {
+    uint64_t x = orderKey(a.data(), n), y = orderKey(b.data(), n);
+    if (x != y) return x < y ? -1 : 1;
+    if (n > 8) {
+      int c = std::memcmp(a.data() + 8, b.data() + 8, n - 8);
+      if (c != 0) return c;
+    }
+  }
   return a.size() < b.size() ? -1 : (a.size() > b.size() ? 1 : 0);
 }
 
@@ -216,8 +241,30 @@ void freeItems(ItemStore* store);
 // Frees every name, releases every value and frees the block.
 void freeEntries(ObjectStore* store);
 
-// Index of `name` in the store, or -(insertion point) - 1 when absent.
-int findEntry(const ObjectStore* store, std::string_view name);
+// Index of `name` among the first `count` entries (in name order), or -(insertion point) - 1
+// when absent.
+int findEntry(const Entry* entries, uint32_t count, std::string_view name);
+inline int findEntry(const ObjectStore* store, std::string_view name) {
+  return store ? findEntry(store->items(), store->size, name) : -1;
+}
+
+// An Object's entries in name order. Inserting a name far from the end of a large Object would
+// move many entries, so set_property may append it instead: the element's second word counts
+// the entries at the end of the block that are not in order yet. The first reader to need the
+// order sorts them in, under a lock since readers may share a tree across threads; so readers
+// take an Object's block only through entriesOf. Edits that need the order call settle.
+void settleShared(const ElementValue& object);
+inline const ObjectStore* entriesOf(const ElementValue& object) {
+  if (ElementAccess::sharedSecond(object)) settleShared(object);
+  return reinterpret_cast<const ObjectStore*>(ElementAccess::word(object));
+}
+// The same for the one thread that may change the Object.
+void settle(ElementValue& object);
+// The block of an Array or Object (an Object's in name order).
+inline const void* blockOf(const ElementValue& container) {
+  if (kindOf(ElementAccess::type(container)) == etObject) return entriesOf(container);
+  return reinterpret_cast<const void*>(ElementAccess::word(container));
+}
 
 // Views of the platform's strings.
 inline std::string_view viewOf(const ZrUtf8String& s) { return std::string_view(s.str()); }

@@ -31,13 +31,12 @@ const IElementValueBase* borrowMember(const IElementValueBase& e, int kind, std:
                                       ZrUtf8String& name, ZrJsonPtr& held) {
   using namespace zrad::json;
   if (const ElementValue* own = asElement(&e)) {
-    const uint64_t word = ElementAccess::word(*own);
     if (kind == etObject) {
-      const auto* store = reinterpret_cast<const ObjectStore*>(word);
+      const ObjectStore* store = entriesOf(*own);
       int at = findEntry(store, segment);
       return at >= 0 ? store->items()[at].value : nullptr;
     }
-    const auto* store = reinterpret_cast<const ItemStore*>(word);
+    const auto* store = reinterpret_cast<const ItemStore*>(ElementAccess::word(*own));
     int index = segmentIndex(segment);
     return index >= 0 && static_cast<uint32_t>(index) < sizeOf(store) ? store->items()[index] : nullptr;
   }

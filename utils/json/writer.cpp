@@ -154,7 +154,7 @@ class JsonWriter {
   bool writeObject(const IElementValueBase* e, const ElementValue* ev, int depth) {
     if (!ev) return writeForeignObject(e, depth);
     m_out.put('{');
-    auto* store = reinterpret_cast<const ObjectStore*>(ElementAccess::word(*ev));
+    const ObjectStore* store = entriesOf(*ev);
     for (uint32_t i = 0; i < sizeOf(store); ++i) {
       const Entry& entry = store->items()[i];
       if (i) m_out.put(',');
