@@ -102,8 +102,8 @@ class Cloner {
       const Pending p = std::move(m_pending.back());
       m_pending.pop_back();
       const ElementValue* source = asElement(p.source);
-      ElementValue* target = asElement(p.copy);
-      bool done = source && target ? copyStore(*source, *target, p.depth) : copyMembers(*p.source, *p.copy, p.depth);
+      bool done = source ? copyStore(*source, static_cast<ElementValue&>(*p.copy), p.depth)
+                         : copyMembers(*p.source, *p.copy, p.depth);
       if (!done) return ZrJsonPtr();
     }
     return copy;
