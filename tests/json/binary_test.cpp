@@ -3,13 +3,12 @@
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include <zrad/json.h>
-
 #include "common/testdir.h"
+#include "tree_edit.h"
 
 namespace {
+
+using namespace jsontest;
 
 ZrJsonPtr make(int type) { return ElementValue::createObject(type); }
 
@@ -30,31 +29,14 @@ std::string bytesOf(const std::string& hex) {
   return out;
 }
 
-std::string encode(const ZrJsonPtr& e) {
-  ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
-  e->writeBinary(ZrStreamBufPtr(s.get()));
-  return std::string(reinterpret_cast<const char*>(s->data()), s->length());
-}
-
-// Reads one element from `bytes`; null when the reader refuses.
-ZrJsonPtr decode(const std::string& bytes) {
-  ZrJsonPtr e = make(etNullFlag);
-  ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
-  if (!bytes.empty()) s->putBytes(bytes.data(), static_cast<uint32_t>(bytes.size()));
-  s->rewind();
-  return static_cast<ElementValue*>(e.get())->readBinary(ZrStreamBufPtr(s.get())) ? e : ZrJsonPtr();
-}
-
 TEST(BinaryStream, LayoutBytes) {
-  ZrJsonPtr ro = make(etObject);
-  ro->set_propertyi("k", 5, true);
   ZrJsonPtr oneTrue = make(etObject);
   oneTrue->set_propertyb("a", true, false);
   ZrJsonPtr arrNone = make(etArray);
   arrNone->array_append(make(etNone));
   struct Row { ZrJsonPtr e; const char* hex; } rows[] = {
       {make(etInteger)->set_valuei(5), "10 00 05 00 00 00 00 00 00 00"},
-      {ro("k"), "10 20 05 00 00 00 00 00 00 00"},
+      {parse(R"({"*k":5})")("k"), "10 20 05 00 00 00 00 00 00 00"},
       {make(etString)->set_values("ab"), "04 00 02 00 00 00 61 62"},
       {make(etString), "04 00 00 00 00 00"},
       {make(etObject), "02 00 00 00 00 00"},
@@ -64,7 +46,7 @@ TEST(BinaryStream, LayoutBytes) {
       {make(etDouble)->set_valued(1.0), "20 00 00 00 00 00 00 00 f0 3f"},
       {make(etTime)->set_valuet(-2), "80 00 fe ff ff ff ff ff ff ff"},
       {make(etReserved42), "42 00"},
-      {ZrJson::readjson(R"({"*l":[null]})"), "02 00 01 00 00 00 01 00 00 00 6c 01 20 01 00 00 00 00 10"},
+      {parse(R"({"*l":[null]})"), "02 00 01 00 00 00 01 00 00 00 6c 01 20 01 00 00 00 00 10"},
   };
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
     ASSERT_TRUE(rows[i].e) << "row " << i;
@@ -81,23 +63,19 @@ TEST(BinaryStream, RoundTrips) {
   }
   lengths += "}";
   EXPECT_EQ(ZrJson::readjson(lengths)->writeJson().str(), lengths);
-  const char* texts[] = {R"({"*a":1,"b":[1.5,"x",{"c":null},[],{}],"e":{"f":true}})", "[[[]]]", "\"s\"",
-                         lengths.c_str(), R"(["12345678901234","123456789012345",""])",
-                         "-9223372036854775808", "[null,false]"};
+  const char* texts[] = {R"({"*a":1,"b":[1.5,"x",{"c":null},[],{},null,false,-9223372036854775808],"e":{"f":true}})",
+                         "\"s\"", lengths.c_str()};
   for (size_t i = 0; i < sizeof texts / sizeof texts[0]; ++i) {
-    ZrJsonPtr tree = ZrJson::readjson(texts[i]);
-    ASSERT_TRUE(tree) << "row " << i;
-    ZrJsonPtr back = decode(encode(tree));
+    ZrJsonPtr tree = parse(texts[i]), back = decode(encode(tree));
     ASSERT_TRUE(back) << "row " << i;
-    EXPECT_EQ(back->writeJson().str(), tree->writeJson().str()) << "row " << i;
+    EXPECT_EQ(textOf(back), textOf(tree)) << "row " << i;
     EXPECT_EQ(encode(back), encode(tree)) << "row " << i;
   }
-  EXPECT_EQ(decode(encode(make(etTime)->set_valuet(1000)))->getType(), etTime);
-  EXPECT_EQ(decode(encode(make(etTime)->set_valuet(1000)))->timeValue(), 0) << "times are not restored";
   int x;
-  ZrJsonPtr p = decode(encode(make(etNone)->set_valuep(&x, etPointer)));
-  EXPECT_EQ(p->getType(), etPointer);
-  EXPECT_EQ(p->ptrValue(), nullptr);
+  for (const ZrJsonPtr& e : {make(etTime)->set_valuet(1000), make(etNone)->set_valuep(&x, etPointer)}) {
+    ZrJsonPtr back = decode(encode(e));
+    EXPECT_TRUE(back->getType() == e->getType() && back->timeValue() == 0 && !back->ptrValue()) << "not restored";
+  }
 }
 
 TEST(BinaryStream, ReaderEdgeCases) {
@@ -109,28 +87,25 @@ TEST(BinaryStream, ReaderEdgeCases) {
        R"({"":false,"b":true})"},
       {"04 00 fe ff ff ff", "\"\""},           // negative string length: empty
       {"01 00 ff ff ff ff", "[]"},             // negative count: empty
-      {"05 00 03 00 00 00 61 62 63", nullptr}, // a byte block is read (no JSON form checked)
+      // a byte block and an unknown kind: written back as they were read (no JSON form checked)
+      {"05 00 03 00 00 00 61 62 63", nullptr},
       {"ff ff 00 00 00 00 00 00 00 00", nullptr},
       // short, lying or truncated input (counts far beyond the input: see the hostile suite)
       {"", "null"},
       {"10", "null"},
       {"10 00 05 00", "null"},
-      {"04 00 05 00 00 00 61 62", "null"},
       {"02 00 00 00 00 80 00", "{}"},
       {"02 00 01 00 00 00 ff ff ff 7f 61", "null"},
       {"01 00 02 00 00 00 00 10", "null"},
   };
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
     ZrJsonPtr e = decode(bytesOf(rows[i].hex));
-    if (!rows[i].json) {
-      EXPECT_TRUE(e) << "row " << i;
-      continue;
+    if (rows[i].json) {
+      EXPECT_EQ(textOf(e), rows[i].json) << "row " << i;
+    } else {
+      EXPECT_EQ(e ? hexOf(encode(e)) : "null", rows[i].hex) << "row " << i;
     }
-    std::string got = e ? e->writeJson().str() : "null";
-    EXPECT_EQ(got, rows[i].json) << "row " << i;
   }
-  ZrJsonPtr block = decode(bytesOf("05 00 03 00 00 00 61 62 63"));
-  EXPECT_EQ(hexOf(encode(block)), "05 00 03 00 00 00 61 62 63");
 }
 
 TEST(BinaryStream, SignatureStreamsAndPositions) {
@@ -140,12 +115,9 @@ TEST(BinaryStream, SignatureStreamsAndPositions) {
   ASSERT_TRUE(tree.write2Stream(s.get(), ZrJson::eBinary));
   EXPECT_EQ(s->data()[0], 0xE0);
   s->rewind();
-  ZrJson first, second;
+  ZrJson first;
   ASSERT_TRUE(first.readBinaryStream(s.get()));
   EXPECT_EQ(s->tell(), s->length() / 2) << "the reader stops right after its element";
-  ASSERT_TRUE(second.readBinaryStream(s.get()));
-  EXPECT_EQ(second->writeJson().str(), R"({"a":[1,2]})");
-  EXPECT_FALSE(second.readBinaryStream(s.get())) << "nothing left";
 
   ZrMemoryStreamPtr text = ZrMemoryStream::createNew();
   ASSERT_TRUE(tree.write2Stream(text.get(), ZrJson::eJsonText));

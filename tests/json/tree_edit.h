@@ -1,4 +1,5 @@
-// Test helpers for the element tree: trees written as JSON text, and tables of edits.
+// Test helpers for the element tree: trees written as JSON text, their binary form, and
+// tables of edits.
 //
 // A row of an edit table names a starting tree, an edit that reports its result as text and
 // the tree expected afterwards; checkEdits runs each row on a fresh tree.
@@ -26,6 +27,22 @@ inline ZrJsonPtr item(const char* text) { return parse((std::string("[") + text 
 // JSON text of an element; "null" for a null handle.
 inline std::string textOf(const ZrJsonPtr& e) { return e ? e->writeJson().str() : "null"; }
 inline std::string yes(bool b) { return b ? "true" : "false"; }
+
+// The binary form of an element (no signature byte).
+inline std::string encode(const ZrJsonPtr& e) {
+  ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
+  e->writeBinary(ZrStreamBufPtr(s.get()));
+  return std::string(reinterpret_cast<const char*>(s->data()), s->length());
+}
+
+// The element read from the binary form `bytes`; null when the reader refuses.
+inline ZrJsonPtr decode(const std::string& bytes) {
+  ZrJsonPtr e = ElementValue::createObject(etNullFlag);
+  ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
+  if (!bytes.empty()) s->putBytes(bytes.data(), static_cast<uint32_t>(bytes.size()));
+  s->rewind();
+  return static_cast<ElementValue*>(e.get())->readBinary(ZrStreamBufPtr(s.get())) ? e : ZrJsonPtr();
+}
 
 struct EditRow {
   const char* tree;
