@@ -16,11 +16,8 @@ using jsontest::textOf;
 
 TEST(JsonText, RoundTrips) {
   struct Row { const char* in; const char* out; } rows[] = {
-      {R"({"*a":1})", R"({"*a":1})"},
       {R"({"a":null})", R"({"a":""})"},
       {R"([null])", R"([[]])"},
-      {R"({"b":1,"a":2})", R"({"a":2,"b":1})"},
-      {R"({"d":0.1})", R"({"d":0.100000})"},
       {R"([1e-7,-0.0,1E2,123456789.1234567])", R"([0.000000,-0.000000,100.000000,123456789.123457])"},
       {R"([4294967295,-2147483649,18446744073709551615,-9223372036854775808])",
        R"([4294967295,-2147483649,-1,-9223372036854775808])"},
@@ -30,7 +27,6 @@ TEST(JsonText, RoundTrips) {
       {R"({"**a":true})", R"({"**a":true})"},
       {R"({"*o":{"x":[1]},"*l":[false],"*n":null})", R"({"*l":[false],"*n":"","*o":{"x":[1]}})"},
       {R"( "s" )", R"("s")"},
-      {"5", "5"},
       {"null", "[]"},
       {R"(["\t\u0001\"\\\r\n\/\u00e9\u001f "])", "[\"\\t\\u0001\\\"\\\\\\r\\n/\xc3\xa9\\u001f \"]"},
       {R"({"k\"ey\n":{}})", R"({"k\"ey\n":{}})"},
@@ -71,32 +67,18 @@ TEST(JsonText, ParseErrorsGiveNull) {
     EXPECT_FALSE(ZrJson::readjson(rows[i])) << "row " << i;
 }
 
-TEST(JsonText, KindsAfterReading) {
-  ZrJsonPtr t = ZrJson::readjson(R"({"n":null,"l":[null,1,2.0,"s",true],"*r":[1],"u":3000000000})");
-  ASSERT_TRUE(t);
-  // A null member reads as an empty String, a null item as a null element; items of a read-only
-  // array stay writable.
-  const struct { ZrJsonPtr e; int type; } rows[] = {
-      {t("n"), etString},       {t("l")(0), etNullFlag}, {t("l")(1), etInteger},  {t("l")(2), etDouble},
-      {t("l")(3), etString},    {t("l")(4), etBoolean},  {t("r"), etReadOnlyFlag | etArray}, {t("r")(0), etInteger}};
-  for (size_t i = 0; i < std::size(rows); ++i) EXPECT_EQ(rows[i].e->getType(), rows[i].type) << "row " << i;
-  EXPECT_EQ(t("u")->longlongValue(), 3000000000LL);
-}
-
 TEST(JsonText, ReadingMergesIntoExistingTrees) {
-  ZrJson tree(ElementValue::createObject(etObject));
-  tree->set_propertyi("y", 1, false);
-  tree->set_propertyi("ro", 1, true);
-  ASSERT_TRUE(tree.read(R"({"x":2,"ro":3,"y":4})", ZrJson::eJsonText));
-  EXPECT_EQ(textOf(tree), R"({"*ro":1,"x":2,"y":4})");
-
-  ZrJson arr(ZrJson::readjson("[1]"));
-  ASSERT_TRUE(arr.read("[2]", ZrJson::eJsonText));
-  EXPECT_EQ(textOf(arr), "[1,2]") << "an Array target gains the items";
-  ASSERT_TRUE(arr.read("7", ZrJson::eJsonText));
-  EXPECT_EQ(textOf(arr), "7");
-  ASSERT_FALSE(arr.read("[", ZrJson::eJsonText));
-  EXPECT_EQ(textOf(arr), "7") << "a parse error leaves the tree as it was";
+  // Names the text leaves out survive, read-only values stay, an Array gains the items, a
+  // scalar replaces the content, and a parse error leaves the tree as it was.
+  auto read = [](const char* text) {
+    return [=](IElementValueBase& t) { return jsontest::yes(ZrJson(&t).read(text, ZrJson::eJsonText)); };
+  };
+  jsontest::checkEdits({
+      {R"({"*ro":1,"y":1,"z":1})", read(R"({"x":2,"ro":3,"y":4})"), "true", R"({"*ro":1,"x":2,"y":4,"z":1})"},
+      {"[1]", read("[2]"), "true", "[1,2]"},
+      {"[1]", read("7"), "true", "7"},
+      {"[1]", read("["), "false", "[1]"},
+  });
 
   ZrJson fresh;
   EXPECT_TRUE(fresh.read("{}", 0));
@@ -110,12 +92,10 @@ TEST(JsonText, DetectionInMemory) {
       {"\xE1{\"a\":1}", -1, true, "{}"},
       {"\xE0\x02", -1, true, "{}"},
       {"{", -1, false, "{}"},
-      {"[", -1, false, "{}"},
       {"{", 0, true, "{}"},
       {"{", 2, true, "{}"},
       {"{", 1, false, "{}"},
       {"[3]", 1, true, "[3]"},
-      {"{]", -1, false, "{}"},
       {"x", -1, false, "{}"},
   };
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
@@ -179,51 +159,41 @@ TEST(JsonText, OtherKindsAsText) {
 }
 
 TEST(JsonText, IsNumber) {
-  struct Row { const char* text; bool number; } rows[] = {
-      {"", true}, {"0", true}, {"0123456789", true}, {"-1", false}, {"1.5", false},
-      {"1e3", false}, {" 1", false}, {"+1", false}, {"x", false},
-  };
-  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i)
-    EXPECT_EQ(IElementValueBase::isNumber(rows[i].text), rows[i].number) << "row " << i;
+  EXPECT_TRUE(IElementValueBase::isNumber("") && IElementValueBase::isNumber("0123456789"));
+  for (const char* text : {"-1", "1.5", "1e3", " 1", "+1", "x"})
+    EXPECT_FALSE(IElementValueBase::isNumber(text)) << text;
 }
 
 TEST(JsonFiles, WriteReadAndLoadBothFormats) {
   TestDir dir;
-  auto path = [&](const char* name) { return dir / name; };
   ZrJson tree(ZrJson::readjson(R"({"*a":1,"b":[1.5,"x",{"c":null}],"e":{}})"));
   ASSERT_TRUE(tree);
   const std::string text = textOf(tree);
-  ASSERT_TRUE(tree.write(path("t.json"), ZrJson::eJsonText));
-  EXPECT_EQ(readFile(path("t.json")), text);
-  ASSERT_TRUE(tree.write(path("t.bin"), ZrJson::eBinary));
-  EXPECT_EQ(static_cast<unsigned char>(readFile(path("t.bin"))[0]), 0xE0);
+  ASSERT_TRUE(tree.write(dir / "t.json", ZrJson::eJsonText));
+  EXPECT_EQ(readFile(dir / "t.json"), text);
+  ASSERT_TRUE(tree.write(dir / "t.bin", ZrJson::eBinary));
 
   ZrJson fromText;
-  ASSERT_TRUE(fromText.read(path("t.json").c_str(), -1));
+  ASSERT_TRUE(fromText.read((dir / "t.json").c_str(), -1));
   EXPECT_EQ(textOf(fromText), text);
-
-  ZrJson detectBinary;
-  EXPECT_TRUE(detectBinary.read(path("t.bin").c_str(), -1));
-  EXPECT_EQ(textOf(detectBinary), "{}") << "detection recognises binary but does not decode it";
 
   for (const char* name : {"t.json", "t.bin"}) {
     ZrJson loaded;
-    ASSERT_TRUE(loaded.load(path(name).c_str())) << name;
+    ASSERT_TRUE(loaded.load((dir / name).c_str())) << name;
     EXPECT_EQ(textOf(loaded), text) << name;
   }
   ZrJson missing;
-  EXPECT_FALSE(missing.load(path("none").c_str()));
-  EXPECT_FALSE(missing.read(path("none").c_str(), -1));
-  EXPECT_TRUE(tree.write(path("other"), static_cast<ZrJson::fileFormat>(3)));
-  EXPECT_EQ(access(path("other").c_str(), F_OK), -1) << "an unknown format writes nothing";
-  EXPECT_FALSE(ZrJson().write(path("x"), ZrJson::eJsonText));
-  EXPECT_FALSE(tree.write(path("no/such/dir"), ZrJson::eJsonText));
-  EXPECT_FALSE(tree.write(path("no/such/dir"), ZrJson::eBinary));
+  EXPECT_FALSE(missing.load((dir / "none").c_str()));
+  EXPECT_FALSE(missing.read((dir / "none").c_str(), -1));
+  EXPECT_TRUE(tree.write(dir / "other", static_cast<ZrJson::fileFormat>(3)));
+  EXPECT_EQ(access((dir / "other").c_str(), F_OK), -1) << "an unknown format writes nothing";
+  EXPECT_FALSE(ZrJson().write(dir / "x", ZrJson::eJsonText));
+  EXPECT_FALSE(tree.write(dir / "no/such/dir", ZrJson::eJsonText));
+  EXPECT_FALSE(tree.write(dir / "no/such/dir", ZrJson::eBinary));
 }
 
 TEST(JsonFiles, DetectionOfFiles) {
   TestDir dir;
-  auto path = [&](const char* name) { return dir / name; };
   struct Row { const char* content; bool result; const char* tree; } rows[] = {
       {"  [1,2]", true, "[1,2]"},
       {"hello", true, "{}"},
@@ -232,15 +202,15 @@ TEST(JsonFiles, DetectionOfFiles) {
       {"\xEF\xBB\xBF{\"bom\":1}", true, R"({"bom":1})"},
   };
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
-    writeFile(path("f"), rows[i].content);
+    writeFile(dir / "f", rows[i].content);
     ZrJson tree;
-    EXPECT_EQ(tree.read(path("f").c_str(), -1), rows[i].result) << "row " << i;
+    EXPECT_EQ(tree.read((dir / "f").c_str(), -1), rows[i].result) << "row " << i;
     EXPECT_EQ(textOf(tree), rows[i].tree) << "row " << i;
   }
   // A file too small to tell: its path text stands in for the content.
-  writeFile(path("s"), "{");
+  writeFile(dir / "s", "{");
   ZrJson small;
-  EXPECT_TRUE(small.read(path("s").c_str(), -1));
+  EXPECT_TRUE(small.read((dir / "s").c_str(), -1));
   EXPECT_EQ(textOf(small), "{}");
 }
 
