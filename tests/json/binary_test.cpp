@@ -1,5 +1,6 @@
 // Tests of the binary element stream: exact bytes per kind, round trips, and how the reader
 // treats short, lying and repeated input.
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -13,14 +14,10 @@ using namespace jsontest;
 ZrJsonPtr make(int type) { return ElementValue::createObject(type); }
 
 std::string hexOf(const std::string& bytes) {
-  static const char kHex[] = "0123456789abcdef";
   std::string out;
-  for (unsigned char c : bytes) {
-    if (!out.empty()) out += ' ';
-    out += kHex[c >> 4];
-    out += kHex[c & 15];
-  }
-  return out;
+  char byte[4];
+  for (unsigned char c : bytes) out.append(byte, std::snprintf(byte, sizeof byte, " %02x", c));
+  return out.empty() ? out : out.substr(1);
 }
 
 std::string bytesOf(const std::string& hex) {

@@ -110,6 +110,7 @@ TEST(JsonText, DetectionInMemory) {
   EXPECT_FALSE(tree.readFromStream("{}", 0, 1));
 }
 
+// Doubles against "%lf"; integers are std::to_chars text, with their extremes in RoundTrips.
 TEST(JsonText, NumbersMatchPrintf) {
   std::vector<double> values = {0.0, -0.0, 0.1, 0.5, 1.5, 2.5, 0.0000005, 0.0000015, 0.0000025,
                                 0.0000004999999, 1.0000005, 0.1234565, 999999.9999995, 1e-320,
@@ -133,14 +134,6 @@ TEST(JsonText, NumbersMatchPrintf) {
     e->set_valued(values[i]);
     ASSERT_EQ(e->strValue().str(), expected) << "row " << i;
     ASSERT_EQ(e->writeJson().str(), expected) << "row " << i;
-  }
-  ZrJsonPtr n = ElementValue::createObject(etInteger);
-  for (int i = 0; i < 20000; ++i) {
-    long v = static_cast<long>(random() >> (random() % 64)) * (i % 2 ? -1 : 1);
-    if (i == 0) v = INT64_MIN;
-    std::snprintf(expected, sizeof expected, "%ld", v);
-    n->set_valuei64(v);
-    ASSERT_EQ(n->writeJson().str(), expected) << "row " << i;
   }
 }
 
