@@ -21,6 +21,7 @@
 
 #include "common/testdir.h"
 #include "files/numberpatterns.h"
+#include "files/pathtext.h"
 
 namespace {
 
@@ -75,10 +76,15 @@ TEST(PathText, CombinePath) {
             [](const Row& r) { return zrutCombinePath(r.a, r.b); });
   checkRows("combineW", {{"", "x", "x"}, {"a", "b", "a/b"}, {"a/", "b/", "a/b/"}, {"a\\", "\\b", "a/\\b"}},
             [](const Row& r) { return zrutCombinePathW(wide(r.a), wide(r.b)); });
+  // The internal joiner and stripper the file operations share.
+  checkRows("child", {{"d", "f", "d/f"}, {"d/", "f", "d/f"}, {"", "f", "f"}, {"/", "f", "/f"}, {"", "/", "/"}},
+            [](const Row& r) { return zrad::files::childPath(r.a, r.b); });
+  checkRows("strip", {{"d/l/", "", "d/l"}, {"d//", "", "d"}, {"/", "", "/"}, {"//", "", "/"}, {"", "", ""}},
+            [](const Row& r) { return zrad::files::withoutTrailingSlashes(ZrUtf8String(r.a)); });
 }
 
 TEST(PathText, NamingParts) {
-  checkBoth("parent", {{"a/b/c/", 0, "a/b/"}, {"a\\b\\c", 0, "a/b/"}, {"/a", 0, "/"}, {"file", 0, ""}, {"/", 0, ""},
+  checkBoth("parent", {{"a/b/c/", 0, "a/b/"}, {"a\\b\\c", 0, "a/b/"}, {"/a", 0, "/"}, {"file", 0, ""}, {"/", 0, ""}, {"//", 0, ""},
                        {"a//", 0, ""}},
             zrutGetParentDir, zrutGetParentDirW);
   checkBoth("name", {{"a\\b.txt", 0, "b.txt"}, {"a/b/", 0, ""}, {"b", 0, "b"}}, zrutGetFileName, zrutGetFileName);
@@ -111,7 +117,7 @@ TEST(PathText, Splitting) {
 TEST(PathText, FormatAndAbsolut) {
   checkRows("format",
             {{"/a/./b/../c", 0, "/a/c"}, {"/a/b/", 0, "/a/b/"}, {"a\\b\\", 0, "ab/"}, {"a/b/c", 0, "ab/c"},
-             {"../x", 0, ""}, {"/", 0, "/"}, {"", 0, ""}, {"/a/..", 0, ""}},
+             {"../x", 0, ""}, {"/", 0, "/"}, {"", 0, ""}, {"/a/..", 0, ""}, {"/.", 0, ""}},
             [](const Row& r) { return zrutFormatPath(r.a); });
   checkRows("absolut",
             {{"c/d", "/a/b", "/a/b/c/d"}, {"../x", "/a/b", "/a/x"}, {"x/", "/a", "/a/x/"}, {"../../..", "/a", ""},
