@@ -1,8 +1,8 @@
 // The 256-entry drawing palette for dark backgrounds.
 //
 // Entries 10-249 are twenty-four hues 15 degrees apart, each in ten shades that alternate a
-// full-saturation and a pastel tone while dimming, so neighbouring indices stay distinct on a
-// black background.
+// strong and a pastel tone while dimming, so neighbouring indices stay distinct on a black
+// background. None repeats the pure colours of entries 1-7.
 #include <cmath>
 
 #include "zrplatform/raster.h"
@@ -44,7 +44,7 @@ struct DarkPalette {
     for (int hue = 0; hue < 24; ++hue)
       for (int shade = 0; shade < 10; ++shade) {
         const double value = 1.0 - 0.15 * (shade / 2);
-        const double saturation = shade % 2 ? 0.5 : 1.0;
+        const double saturation = shade % 2 ? 0.45 : 0.9;
         entries[10 + hue * 10 + shade] = fromHsv(hue * 15.0, saturation, value);
       }
     for (int i = 0; i < 6; ++i) {

@@ -107,11 +107,11 @@ TEST(ImageWrap, ScanLinesHonourOffsetFirstRowAndPitch) {
   EXPECT_FALSE(wrap->setPixels(buffer, 2, 3, 32, 6));  // 8 bytes of pixels in a 6-byte row
   EXPECT_EQ(wrap->scanLineSize(), 6);
 
-  std::vector<uint8_t> got(6 * 4, 0xEE);
-  wrap->scanLines(got.data(), -1, 4);  // rows -1 and 3 do not exist and stay untouched
-  for (int r = 0; r < 4; ++r)
+  std::vector<uint8_t> got(6 * 5, 0xEE);
+  wrap->scanLines(got.data(), -1, 5);  // rows -1 and 3 do not exist and stay untouched
+  for (int r = 0; r < 5; ++r)
     for (int b = 0; b < 6; ++b) {
-      const int expected = (r == 0 || r == 3) ? 0xEE : 2 + 6 * r + b;
+      const int expected = (r == 0 || r == 4) ? 0xEE : 2 + 6 * r + b;
       EXPECT_EQ(got[size_t(r * 6 + b)], expected) << "row " << r << " byte " << b;
     }
 }

@@ -11,7 +11,7 @@
 #include <zrad/image.h>
 #include <zrplatform/module.h>
 
-#include "testdir.h"
+#include "common/testdir.h"
 
 namespace {
 
@@ -167,11 +167,12 @@ TEST_F(ImageSaveFiles, PngAtEveryDepthReadsBack) {
     if (!python) continue;
     std::string oracle = run("/usr/bin/python3 " ZRAD_PNG_ORACLE " '" + path + "'");
     EXPECT_EQ(oracle.substr(0, oracle.find('\n')), row.header) << "row " << i << ": " << oracle;
-    if (row.depth <= 8)  // palette indices are stored exactly as they were packed
+    if (row.depth <= 8) {  // palette indices are stored exactly as they were packed
       EXPECT_EQ(oracle.substr(oracle.find('\n') + 1),
                 picture.packedRowHex(0) + "\n" + picture.packedRowHex(1) + "\n" +
                     picture.packedRowHex(2) + "\n")
           << "row " << i;
+    }
   }
   if (!python) GTEST_SKIP() << "no /usr/bin/python3 for the independent reader";
 }
