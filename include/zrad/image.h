@@ -89,8 +89,24 @@ class ZRAD_EXPORT ZrGiImageColorBitsTransformer : public ZrGiInversionRasterTran
   uint32_t transformPixel(uint32_t pixel) const override;
   ZrSmartPtr<ZrGiInversionRasterTransformer> clone() const override;
 
+ protected:
+  void transformRow(uint8_t* row, size_t count) const override;
+
  private:
+  // The flags compiled into at most four byte moves, one per distinct rotation: a pixel becomes
+  // the or of rotl(pixel, rotate) and mask over the moves, or-ed with setBits.
+  struct Moves {
+    int count = 0;
+    struct {
+      unsigned rotate;
+      uint32_t mask;
+    } move[4] = {};
+    uint32_t setBits = 0;
+    void add(unsigned rotate, uint32_t mask);
+    uint32_t apply(uint32_t pixel) const;
+  };
   unsigned int m_flags;
+  Moves m_moves;
 };
 
 // A ZrGiRasterImageWrap over the caller's pixels (not copied, not owned; they must outlive the

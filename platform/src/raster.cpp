@@ -57,14 +57,16 @@ void ZrGiInversionRasterTransformer::scanLines(uint8_t* buffer, int firstScanlin
   const size_t pixels = static_cast<size_t>(pixelWidth());
   for (int r = 0; r < numLines; ++r) {
     const long long row = static_cast<long long>(firstScanline) + r;
-    if (row < 0 || row >= height) continue;
-    uint8_t* p = buffer + static_cast<size_t>(r) * rowSize;
-    for (size_t i = 0; i < pixels; ++i, p += 4) {
-      uint32_t v;
-      std::memcpy(&v, p, 4);
-      v = transformPixel(v);
-      std::memcpy(p, &v, 4);
-    }
+    if (row >= 0 && row < height) transformRow(buffer + static_cast<size_t>(r) * rowSize, pixels);
+  }
+}
+
+void ZrGiInversionRasterTransformer::transformRow(uint8_t* row, size_t count) const {
+  for (size_t i = 0; i < count; ++i, row += 4) {
+    uint32_t v;
+    std::memcpy(&v, row, 4);
+    v = transformPixel(v);
+    std::memcpy(row, &v, 4);
   }
 }
 

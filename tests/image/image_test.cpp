@@ -132,12 +132,13 @@ TEST(ImageConvert, PixelTable) {
       {0x100, 0x11223344, 0x00000077},  // fields left 0 carry byte 0 to byte 0, all or-ed
   };
   for (size_t i = 0; i < std::size(table); ++i) {
-    uint32_t pixel = table[i].in;
-    ZrSmartPtr<ZrGiRasterImage> source =
-        zrutImageWrap(reinterpret_cast<unsigned char*>(&pixel), 1, 1, 32, nullptr, 0, nullptr);
+    // Wide enough for the vectorised row loop and its tail.
+    std::vector<uint32_t> row(37, table[i].in);
+    ZrSmartPtr<ZrGiRasterImage> source = zrutImageWrap(reinterpret_cast<unsigned char*>(row.data()),
+                                                       37, 1, 32, nullptr, 0, nullptr);
     ZrSmartPtr<ZrGiRasterImage> view = zrutImageConvert(source, table[i].flags);
-    EXPECT_EQ(pixels32(view)[0], table[i].out) << "row " << i;
-    EXPECT_EQ(pixel, table[i].in) << "row " << i << ": the source stays as it was";
+    EXPECT_EQ(pixels32(view), std::vector<uint32_t>(37, table[i].out)) << "row " << i;
+    EXPECT_EQ(row[0], table[i].in) << "row " << i << ": the source stays as it was";
     // Palette images convert their entries instead.
     unsigned int entry = table[i].in;
     unsigned char index = 0;

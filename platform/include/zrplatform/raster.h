@@ -11,6 +11,7 @@
 // with the usual format a 32-bit pixel 0xAARRGGBB lies in memory as B, G, R, A.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "export.h"
@@ -100,6 +101,11 @@ class ZRPLATFORM_EXPORT ZrGiInversionRasterTransformer : public ZrGiRasterTransf
 
   uint32_t color(int index) const override;
   void scanLines(uint8_t* buffer, int firstScanline, int numLines) const override;
+
+ protected:
+  // Transforms `count` 32-bit pixels of one row in place; the base calls transformPixel() on
+  // each. A subclass may override it with a faster loop that gives the same pixels.
+  virtual void transformRow(uint8_t* row, size_t count) const;
 };
 
 // Presents the source with its rows in reverse order: row r is the source's row height-1-r.
