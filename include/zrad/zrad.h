@@ -3,6 +3,7 @@
 
 #include "crypto.h"
 #include "files.h"
+#include "image.h"
 #include "json.h"
 #include "log.h"
 #include "system.h"
