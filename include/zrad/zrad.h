@@ -8,3 +8,4 @@
 #include "log.h"
 #include "system.h"
 #include "text.h"
+#include "xml.h"
