@@ -1,0 +1,5 @@
+#include <gtest/gtest.h>
+
+#include <zrad/remotedebug.h>
+
+TEST(Framing, Placeholder) {}
