@@ -1,6 +1,7 @@
 // JSON text reader: text to element tree, the only door to the RapidJSON parser.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include <zrad/json.h>
@@ -11,7 +12,12 @@ namespace zrad::json {
 // readJson does: an Object root merges into an Object target, an Array root appends to an
 // Array target, a scalar root replaces the content. False, with `target` unchanged, on a
 // parse error, nesting deeper than kMaxDepth or a number refused by numbersAreSafe. `text`
-// must be zero-terminated at text.size().
-bool parseInto(ElementValue& target, std::string_view text);
+// must be zero-terminated at text.size(). A refused text fills `failure`, when given, with the
+// byte offset where parsing stopped and the reason.
+struct ParseFailure {
+  size_t offset = 0;
+  std::string reason;
+};
+bool parseInto(ElementValue& target, std::string_view text, ParseFailure* failure = nullptr);
 
 }  // namespace zrad::json

@@ -6,6 +6,7 @@
 // items likewise. Depth is counted in the handler, which stops the parser before its recursion
 // can run away.
 #include <rapidjson/document.h>
+#include <rapidjson/error/en.h>
 #include <rapidjson/reader.h>
 
 #include <memory>
@@ -163,8 +164,11 @@ void applyTo(ElementValue& target, ElementValue* built) {
 
 }  // namespace
 
-bool parseInto(ElementValue& target, std::string_view text) {
-  if (!numbersAreSafe(text)) return false;
+bool parseInto(ElementValue& target, std::string_view text, ParseFailure* failure) {
+  if (!numbersAreSafe(text)) {
+    if (failure) *failure = {0, "a number with more exponent digits than the reader accepts"};
+    return false;
+  }
   // Parsing a private copy in place decodes each string straight into the copy, where the
   // plain mode pushes it byte by byte onto the parser's stack; the grammar is the same.
   std::unique_ptr<char[]> copy(new char[text.size() + 1]);
@@ -173,8 +177,16 @@ bool parseInto(ElementValue& target, std::string_view text) {
   TreeBuilder builder;
   rapidjson::Reader reader;
   rapidjson::InsituStringStream stream(copy.get());
-  if (reader.Parse<rapidjson::kParseDefaultFlags | rapidjson::kParseInsituFlag>(stream, builder).IsError())
+  rapidjson::ParseResult result =
+      reader.Parse<rapidjson::kParseDefaultFlags | rapidjson::kParseInsituFlag>(stream, builder);
+  if (result.IsError()) {
+    // The handler stops the parser only for nesting too deep.
+    if (failure)
+      *failure = {result.Offset(), result.Code() == rapidjson::kParseErrorTermination
+                                       ? "containers nested deeper than " + std::to_string(kMaxDepth)
+                                       : rapidjson::GetParseError_En(result.Code())};
     return false;
+  }
   applyTo(target, builder.takeRoot());
   return true;
 }
