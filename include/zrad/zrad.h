@@ -6,5 +6,7 @@
 #include "image.h"
 #include "json.h"
 #include "log.h"
+#include "remotedebug.h"
 #include "system.h"
 #include "text.h"
+#include "xml.h"
