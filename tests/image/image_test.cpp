@@ -55,6 +55,7 @@ TEST(ImageWrap, DefaultPalettesAndFormatsByDepth) {
     EXPECT_EQ(image->scanLineSize(), zrGiScanLineSize(3, row.reportedDepth)) << "row " << i;
   }
   EXPECT_EQ(zrutImageWrap(pixels, 1, 1, 1, nullptr, 0, nullptr)->color(1), 0xFFFFFFFFu);
+  EXPECT_EQ(zrutImageWrap(pixels, 1, 1, 4, nullptr, -1, nullptr)->numColors(), 16);
 }
 
 TEST(ImageWrap, CopiesWhatItIsGivenAndRefusesBadInput) {
@@ -79,7 +80,7 @@ TEST(ImageWrap, CopiesWhatItIsGivenAndRefusesBadInput) {
       {pixels, 2, -1, 8, nullptr, 0}, {pixels, 2, 2, -8, nullptr, 0},
       {pixels, 2, 2, 64, nullptr, 0}, {pixels, 2, 2, 33, nullptr, 0},
       {pixels, 2, 2, 8, nullptr, 2},  {pixels, 2, 2, 8, palette, 300},
-      {pixels, 2, 2, 8, palette, -1}, {pixels, 1 << 30, 1 << 30, 32, nullptr, 0},
+      {pixels, 1 << 30, 1 << 30, 32, nullptr, 0},
   };
   for (size_t i = 0; i < std::size(refused); ++i) {
     const Row& r = refused[i];
