@@ -221,6 +221,11 @@ TEST(ImageClone, DeepCopyOfAnyImage) {
     // Depth 3 with a 4-byte row is usable: the only row that clones.
     EXPECT_EQ(bool(copy), i == 4) << "row " << i;
   }
+  // Rows too short for the width are passed through by conversions, never written past.
+  odd->width = 2, odd->height = 1, odd->depth = 32, odd->colors = 0, odd->rowSize = 4;
+  uint8_t row[4] = {1, 2, 3, 4};
+  zrutImageConvert(odd, 0x2)->scanLines(row, 0, 1);
+  EXPECT_EQ(row[3], 4);
 }
 
 TEST(DarkPalette, OpaqueDistinctAndAnchored) {
