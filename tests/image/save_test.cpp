@@ -83,26 +83,25 @@ std::vector<uint32_t> readPng(const std::string& path) {
   return out;
 }
 
-TEST(ImageSave, ModuleFoundAndHidden) {
+TEST(ImageSave, ModuleSearchOrderAndHiddenModule) {
   TestDir dir;
   Picture picture(4, 2, 24);
-  const std::string module = dir / "modules/libZrRaster.so";
-  ASSERT_EQ(system(("mkdir -p '" + dir / "modules" + "' && cp '" ZRAD_RASTER_MODULE "' '" +
-                    module + "'").c_str()), 0);
+  const std::string pushedCopy = dir / "pushed/libZrRaster.so", envCopy = dir / "env/libZrRaster.so";
+  for (const std::string& copy : {pushedCopy, envCopy})
+    ASSERT_EQ(system(("mkdir -p \"$(dirname '" + copy + "')\" && cp '" ZRAD_RASTER_MODULE "' '" +
+                      copy + "'").c_str()), 0);
   const char* saved = getenv("LD_LIBRARY_PATH");
   const std::string savedPath = saved ? saved : "";
-  setenv("LD_LIBRARY_PATH", dir.path().c_str(), 1);
-
-  EXPECT_EQ(zrutSaveImage(picture.image, ZrString(L"a.png"), kZrImageFileByExtension), 0)
-      << "the module lies in no directory searched";
+  setenv("LD_LIBRARY_PATH", (dir.path() + "::" + dir / "env").c_str(), 1);
+  EXPECT_EQ(zrLoadModule("ZrRaster", nullptr).path().str(), envCopy);
   {
-    ModuleDirectory pushed(dir / "modules");
-    ZrModuleHandle handle = zrLoadModule("ZrRaster", nullptr);
-    EXPECT_EQ(handle.path().str(), module);
-    handle.release();
+    ModuleDirectory pushed(dir / "pushed");  // pushed directories come before LD_LIBRARY_PATH
+    EXPECT_EQ(zrLoadModule("ZrRaster", nullptr).path().str(), pushedCopy);
     EXPECT_EQ(zrutSaveImage(picture.image, ZrString((dir / "a.png").c_str()), 0), 1);
     EXPECT_EQ(zrutSaveImage(nullptr, ZrString((dir / "b.png").c_str()), 0), 0);
-    std::remove(module.c_str());
+    // Hidden: the module is in no directory searched any more.
+    setenv("LD_LIBRARY_PATH", dir.path().c_str(), 1);
+    std::remove(pushedCopy.c_str());
     EXPECT_EQ(zrutSaveImage(picture.image, ZrString((dir / "c.png").c_str()), 0), 0);
   }
   EXPECT_TRUE(exists(dir / "a.png"));
