@@ -115,20 +115,14 @@ TEST_F(Service, HostilePeersEndOnlyTheirOwnConnection) {
   auto good = connectClient(service->getPort());
   writeFile(dir / "up", std::string(100000, 'u'));
   const int descriptors = openDescriptors();
-  auto header = [](uint32_t length, uint32_t count) {
-    std::string out;
-    appendLe(out, length, 4);
-    appendLe(out, count, 4);
-    return out;
-  };
   const std::string payload = messageHeader(kEcho, 1, 0, 0);
   const std::string rows[] = {
       "garbage that is no frame at all",
-      header(0xFFFFFFFFu, 0) + std::string(8 << 20, 'j'),  // 4 GiB claim, 8 MiB of junk
-      header(24, 0xFFFFFFFFu) + payload + std::string(400, '\0'),
-      header(24, 1) + payload + std::string("\xF0\xFF\xFF\xFF", 4),  // negative size
+      frameHeader(0xFFFFFFFFu, 0) + std::string(8 << 20, 'j'),  // 4 GiB claim, 8 MiB of junk
+      frameHeader(24, 0xFFFFFFFFu) + payload + std::string(400, '\0'),
+      frameHeader(24, 1) + payload + std::string("\xF0\xFF\xFF\xFF", 4),  // negative size
       frame(payload, {"cut short"}).substr(0, 40),
-      header(24, 0).substr(0, 4),  // half a header, then idle
+      frameHeader(24, 0).substr(0, 4),  // half a header, then idle
   };
   std::vector<int> peers;
   for (const std::string& row : rows) {
