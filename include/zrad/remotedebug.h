@@ -373,3 +373,170 @@ class ZRAD_EXPORT RvRemoteDebugClient : public RvRemoteDebugCommunication {
 };
 
 // ---- Command set and console (netcommand.cpp, console.cpp) ----
+
+#include "json.h"  // the element-tree handles of synchronous commands
+
+// CNetCommand is the conversation of request id 1: on a client it carries one console line
+// (command word and two arguments) and shows the answer; on the service it is made by the
+// monitor factory for every conversation a client opens and runs the command's handler.
+// Payload after the message header: three strings (word, argument, argument), each a 32-bit
+// count of 16-bit units (the low 16 bits of each character). Answers are strings the same way.
+//
+// Commands (answers in quotes; "/x" is the current directory joined with the argument):
+//   HELLO          "欢迎连接 本机"
+//   VER CD LA AI DEBUG   no answer text
+//   LS [a] [b]     one string of listing lines: no arguments, every entry ("." and ".."
+//                  too) as "name\r\n"; "-l", every entry but "." and ".." as a long line
+//                  "%-40s  ||  %16d Byte  ||  %Y-%m-%d %H:%M:%S (ctime text, newline
+//                  kept)  \r\n"; "-l pattern", the matching files as long lines; "pattern",
+//                  the matching files as short lines; anything else, ""
+//   FIND pattern   one string: every matching file name followed by ";\r\n"
+//   O / CF name    openFile / closeFile (hooks that do nothing here), no answer text
+//   LOF, AF        one string of open file names; empty here, since nothing tracks them
+//   LC             "不支持"
+//   MD dir         mkdir(0777): "新建成功！" / "新建失败！"
+//   R name         removes file or tree: "删除成功！" / "删除失败！"
+//   RN old new     "此文件（夹）不存在！" when old is missing, "修改成功！", nothing when
+//                  rename fails
+//   CP from to     last names of both, copied in the current directory: "复制成功！" /
+//                  "复制失败！"
+//   UP path        the client attaches the local file; the service stores it under a free
+//                  name ("-副本" appended to the stem while taken): "上传成功！"
+//   DOWN name      the service attaches the file; the console stores it under a free name and
+//                  shows "已下载到：" + the stored path
+//   CHECKPASS x    "验证成功！" for every pass phrase: the service has no authentication
+// An unknown word is refused by the client before anything is sent; one that arrives anyway
+// is logged ("OnReceiveData, this:%p, Unkown cmd:%s", "utils/netcommand").
+//
+// Current directory: GetCurd() is "" unless the host sets one with setCurrentDir(); with ""
+// the joined paths are absolute ("/tmp" for MD tmp, received files land in "/"), while LS and
+// FIND list the process's current directory.
+//
+// Decisions taken here where the protocol leaves room:
+// - DOWN of a missing file answers "此文件（夹）不存在！" and carries no file; so does DOWN of
+//   anything but a regular file below 2 GiB (sizes travel as 32 bits, files as streams).
+// - UP that arrives without a file, or whose copy fails, answers "上传失败！". A client whose
+//   local file is missing (or no regular file below 2 GiB) sends nothing and shows
+//   ("UP", "此文件（夹）不存在！"). A DOWN whose copy fails shows nothing.
+// - R with an empty name answers "删除失败！" and removes nothing: with the empty current
+//   directory the path would be "/" itself.
+// - Both UP and DOWN take the stored name from the argument's last name, not from the
+//   temporary name the file travelled under.
+// - A name without "." has no extension when a free name is made: README, README-副本.
+// - Answers reach the callback as one call per answer string, in order, with the command word
+//   (upper-cased); LS and FIND therefore arrive as one call holding the whole listing. An
+//   answer without strings makes no call. The client ends the conversation after the first
+//   answer; handlers on the service always keep it open until then.
+// - A service-side conversation that cannot read its three strings, or gets an unknown word,
+//   ends at once (its reply carries no text).
+// - In LS long lines a symbolic link carries its target as the second path; sizes are printed
+//   in full 64 bits.
+// What a console implements to take part: the pass-phrase prompt and the display of texts.
+// Both are called on the client's socket thread for answers, on the caller's thread otherwise.
+class ZRAD_EXPORT NetCommandClientCallBack {
+ public:
+  // Fills `passPhrase`; false when the user cancelled.
+  virtual bool inputPassPhrase(ZrString& passPhrase) = 0;
+  // Shows `text`, the answer to (or a note about) the command `word`.
+  virtual bool showText(const ZrString& word, const ZrString& text) = 0;
+
+ protected:
+  ~NetCommandClientCallBack() = default;
+};
+
+class ZRAD_EXPORT CNetCommand : public ZradNetComImp<INetCom> {
+ public:
+  ZR_RX_DECLARE_MEMBERS(CNetCommand);
+  typedef bool (CNetCommand::*Handler)(int reqId, ZrSmartPtr<RvNetPackage> received,
+                                       ZrSmartPtr<RvNetPackage> reply);
+
+  // The request id of console commands: 1.
+  static int iReqId;
+  // A service-side conversation (the monitor factory registered for iReqId).
+  static ZrSmartPtr<INetCom> createNetCom(int reqId);
+
+  int getReqId() const override;
+  // Opening (reqId 0): upper-cases the word and writes the three strings (UP also attaches
+  // its file); false when the word is not a command. Service (reqId 1): reads the strings and
+  // runs the handler. Client, on the answer: shows it and returns false to end.
+  bool OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
+                     ZrSmartPtr<RvNetPackage> reply) override;
+
+  // ---- Console calls (console.cpp); they run on the host's thread. ----
+
+  // Connects to "host" (port 6666) or "host:port" (strtol, base 10: "x" gives 0), host a
+  // dotted IPv4 address, on a client thread named "调试客户线程"; then asks the callback for
+  // the pass phrase and sends CHECKPASS with it. Null when the connection fails, when there is
+  // no callback, or when the prompt is cancelled (then the callback shows ("CN", "取消登陆！")).
+  // The second argument is not used.
+  static ZrSmartPtr<RvRemoteDebugClient> cmdConnect(const ZrString& address, const ZrString& unused,
+                                                    NetCommandClientCallBack* callback);
+  // Queues one command and returns without waiting. "HELP" (exact) calls cmdHelp(nullptr) and
+  // sends nothing: true. No endpoint: false. No socket, or "CN": true, nothing sent.
+  // Otherwise the result of communicate(). Answers reach `callback` on the socket thread.
+  static bool sendCommand(RvRemoteDebugCommunication* endpoint, const ZrString& command,
+                          const ZrString& arg1, const ZrString& arg2,
+                          NetCommandClientCallBack* callback);
+  // The same rules for a UTF-8 word; the arguments are the string properties "arg1" and
+  // "arg2" of `in` (missing: empty). Waits for the end of the conversation: up to `timeoutMs`,
+  // or while the connection lasts when it is negative. True when it finished within that
+  // time, false on time-out, abort or broken connection. The answer fills `out` (a writable
+  // Object): "texts", an Array of the texts a callback would be shown, and for DOWN "path",
+  // the stored file. After a time-out `out` is left alone.
+  static bool sendSynCommand(RvRemoteDebugCommunication* endpoint, const ZrUtf8String& command,
+                             int timeoutMs, ZrJsonPtr in, ZrJsonPtr out);
+  // Shows the 21 help lines, each followed by "\r\n", as ("HELP", text); nothing for null.
+  static void cmdHelp(NetCommandClientCallBack* callback);
+
+  // The directory every command works in; "" by default. Set before services start (not
+  // synchronised, like the temporary directory).
+  static void setCurrentDir(const ZrString& dir);
+  ZrString GetCurd(int connection);
+  // Hooks for the host application: do nothing here.
+  virtual void openFile(const ZrString& name);
+  virtual void closeFile(const ZrString& name);
+
+  // Handlers: each works only for reqId 1 (else returns true at once) and keeps the
+  // conversation open.
+  bool cmdHello(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdVer(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdAf(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdLs(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdCd(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdO(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdUp(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdDown(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdMd(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdR(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdRn(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdLa(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdAi(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdLc(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdCf(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdDebug(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdFind(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdCp(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool cmdCheckPass(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+
+ protected:
+  CNetCommand(const ZrString& word, const ZrString& arg1, const ZrString& arg2,
+              NetCommandClientCallBack* callback);
+
+ private:
+  friend class ZrRxObjectImpl<CNetCommand>;
+  bool openConversation(ZrSmartPtr<RvNetPackage> request);
+  bool serve(int reqId, ZrSmartPtr<RvNetPackage> received, ZrSmartPtr<RvNetPackage> reply);
+  bool showAnswer(ZrSmartPtr<RvNetPackage> answer);
+  // Shows answer texts to the callback and writes them (and a stored download) into `out`.
+  void deliver(const std::vector<ZrString>& texts, const ZrString& stored);
+  // True when the conversation ended within `timeoutMs` (negative: while connected).
+  bool waitForEnd(RvRemoteDebugCommunication& endpoint, int timeoutMs);
+
+  ZrString m_word;
+  ZrString m_arg1;
+  ZrString m_arg2;
+  NetCommandClientCallBack* m_callback = nullptr;
+  ZrJsonPtr m_in;   // synchronous commands: where the arguments came from
+  ZrJsonPtr m_out;  // and where the answer goes
+  bool m_opened = false;  // this end opened the conversation: what arrives is the answer
+};
