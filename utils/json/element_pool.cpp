@@ -124,15 +124,10 @@ __attribute__((noinline)) void* takeSlow(Cache& cache, int c) {
   return cache.slots[c][--cache.count[c]];
 }
 
-// Blocks come back from freed trees long since out of the cache: fetching the block that will
-// be handed out a few calls later overlaps its miss with the work in between.
-constexpr size_t kTakeAhead = 16;
-
 void* take(int c) {
   Cache& cache = tCache;
   size_t n = cache.count[c];
   if (!n) return takeSlow(cache, c);
-  if (n > kTakeAhead) __builtin_prefetch(cache.slots[c][n - 1 - kTakeAhead], 1);
   cache.count[c] = n - 1;
   return cache.slots[c][n - 1];
 }
