@@ -289,7 +289,8 @@ class ZRAD_EXPORT IElementValueBase {
   //   [1,1,2] vs [1,2,2] => true      {"a":1} vs {"a":1.0} => false
   bool bEqual(const ZrJsonPtr& other) const;
 
- private:
+ protected:
+  // The reference count; the library's own teardown reads it to drop trees held once quickly.
   std::atomic<uint32_t> m_refCount{1};
 };
 

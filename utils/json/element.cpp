@@ -6,9 +6,7 @@
 // buffer in the second word.
 #include <cstdint>
 #include <cstdlib>
-#include <new>
 
-#include "json/element_pool.h"
 #include "json/element_store.h"
 #include "json/numfmt.h"
 #include "log/logmsg.h"
@@ -44,12 +42,6 @@ ZrJsonPtr ElementValue::createObject(int type) {
   ElementValue* e = ElementAccess::make(static_cast<uint32_t>(type) == etNullFlag ? etNullFlag : 0);
   if (static_cast<uint32_t>(type) != etNullFlag) e->initWithType(type);
   return ZrJsonPtr::adopt(e);
-}
-
-ElementValue* ElementValue::make(uint32_t type) {
-  auto* e = new (elementBlock()) ElementValue();
-  e->m_type = type;
-  return e;
 }
 
 ElementValue::~ElementValue() { freePointerValue(); }

@@ -9,11 +9,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string_view>
 #include <typeinfo>
 #include <utility>
 
 #include <zrad/json.h>
+
+#include "json/element_pool.h"
 
 // Field access for the tree's own readers and writers. ElementValue keeps its words protected;
 // member pointers formed through this class (never instantiated) reach them.
@@ -31,9 +34,19 @@ struct ElementAccess : ElementValue {
   // The value and second words as 16 adjacent bytes (a short String's text).
   static char* words(ElementValue& e) { return reinterpret_cast<char*>(&(e.*&ElementAccess::m_value)); }
   static const char* words(const ElementValue& e) { return reinterpret_cast<const char*>(&(e.*&ElementAccess::m_value)); }
+  static bool soleHolder(const IElementValueBase& e) {
+    return (e.*&ElementAccess::m_refCount).load(std::memory_order_acquire) == 1;
+  }
   // A fresh element with count 1 that the caller owns.
   static ElementValue* make(uint32_t type) { return ElementValue::make(type); }
 };
+
+// Inline: the readers make an element for every value they meet.
+inline ElementValue* ElementValue::make(uint32_t type) {
+  auto* e = new (zrad::json::elementBlock()) ElementValue();
+  e->m_type = type;
+  return e;
+}
 
 namespace zrad::json {
 
