@@ -99,7 +99,7 @@ class TreeWalk {
   };
 
   // `holder` holds a member of another class, which may die with its handle.
-  WalkEnd visit(const Member& m, ZrJsonPtr* holder) {
+  __attribute__((always_inline)) WalkEnd visit(const Member& m, ZrJsonPtr* holder) {
     const int kind = kindOf(m.type());
     if (!m.element || !isContainer(kind)) return m_visitor.leaf(m) ? WalkEnd::kDone : WalkEnd::kStopped;
     int count = m.own ? static_cast<int>(memberCount(*m.own)) : kind == etObject ? m.element->property_count() : m.element->array_count();
