@@ -21,7 +21,7 @@ expect 1 "$sum_rand  rand\n" 'zrad md5: missing: No such file or directory' md5 
 md5sum rand abc > sums
 expect 0 'rand: OK\nabc: OK\n' '' md5 -c sums
 printf 'x' >> abc
-expect 1 'rand: OK\nabc: FAILED\n' 'zrad md5: WARNING: 1 computed checksum(s) did NOT match' md5 --check=sums
+expect 1 'rand: OK\nabc: FAILED\n' 'zrad md5: WARNING: 1 computed checksum(s) did NOT match' md5 --check sums
 expect 1 '' 'zrad md5: sub: Is a directory' md5 sub
 
 # base64: coreutils' text both ways; invalid input is refused whole unless --lenient.

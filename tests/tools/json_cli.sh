@@ -28,11 +28,11 @@ expect 1 '' 'zrad json check: cannot read bad.json as a tree: line 2, column 6: 
 expect 1 '' 'zrad json get: cannot read standard input as a tree: line 1, column 1: The document is empty.' json get - a
 # "-" is standard input or output; a missing FILE reads standard input.
 in=t.json
-expect 0 '{"a":{"c":true},"b":[1,2.500000,"x"]}\n' '' json cat -
-expect 0 '{"a":{"c":true},"b":[1,2.500000,"x"]}\n' '' json cat
+expect 0 '{"a":{"c":true},"b":[1,2.500000,"x"],"name":"hello"}\n' '' json cat -
+expect 0 '{"a":{"c":true},"b":[1,2.500000,"x"],"name":"hello"}\n' '' json cat
 expect 0 '' '' json convert - copy.json
-expect 0 '{"a":{"c":true},"b":[1,2.500000,"x"]}\n' '' json cat copy.json
-expect 0 '{"a":{"c":true},"b":[1,2.500000,"x"],"name":"hello"}\n' '' json set - name hello
+expect 0 '{"a":{"c":true},"b":[1,2.500000,"x"],"name":"hello"}\n' '' json cat copy.json
+expect 0 '{"a":{"c":true},"b":[1,2.500000,"x"],"name":"hi"}\n' '' json set - name hi
 in=/dev/null
 check "no file named -" test ! -e ./-
 # Pretty printing keeps the order; convert ends its text with a newline.
