@@ -1,0 +1,134 @@
+// zrad serve: runs a remote-debugging service in the foreground until SIGINT or SIGTERM.
+//
+// It listens on 127.0.0.1 unless --bind says otherwise, works in the directory it starts in,
+// and logs every connection and command to stderr, one line each.
+#include <pthread.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <zrad/log.h>
+#include <zrad/remotedebug.h>
+
+#include "command.h"
+#include "console/service.h"
+
+using namespace zradtool;
+
+namespace {
+
+const char kName[] = "serve";
+constexpr unsigned kDefaultPort = 6666;
+constexpr long kWatchIntervalNs = 50 * 1000 * 1000;
+
+int run(const Args& args);
+
+const Family kFamily{
+    kName, "run a remote-debugging service until interrupted",
+    "usage: zrad serve [--port N] [--bind ADDR]\n"
+    "  serves console commands on ADDR (dotted IPv4, default 127.0.0.1) and port N (default\n"
+    "  6666; 0 picks a free port; a taken port steps on to N+1, N+3, N+6, ...), working in\n"
+    "  the current directory, until SIGINT or SIGTERM.\n"
+    "  The service has no authentication: whoever reaches it can read, write and delete the\n"
+    "  files of the user it runs as. --bind 0.0.0.0 opens it to every network.\n",
+    run};
+
+// The command conversation, logging each command it serves.
+class LoggedCommand : public CNetCommand {
+ public:
+  LoggedCommand() : CNetCommand(ZrString(), ZrString(), ZrString(), nullptr) {}
+  bool OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
+                     ZrSmartPtr<RvNetPackage> reply) override {
+    const bool more = CNetCommand::OnReceiveData(reqId, received, reply);
+    if (reqId == CNetCommand::iReqId && !m_logged) {
+      m_logged = true;
+      std::fprintf(stderr, "zrad serve: command %s \"%s\" \"%s\"\n",
+                   ZrUtf8String(word()).c_str(), ZrUtf8String(firstArgument()).c_str(),
+                   ZrUtf8String(secondArgument()).c_str());
+    }
+    return more;
+  }
+
+ private:
+  bool m_logged = false;
+};
+
+class LoggedService : public RvRemoteDebugService {
+ public:
+  ZrSmartPtr<INetCom> createMonitor(unsigned int reqId) const override {
+    if (static_cast<int>(reqId) == CNetCommand::iReqId) return ZrRxObjectImpl<LoggedCommand>::createObject();
+    return RvRemoteDebugService::createMonitor(reqId);
+  }
+};
+
+void logToStderr(int, int, const char* file, const char* function, const char* message,
+                 unsigned long) {
+  std::fprintf(stderr, "zrad serve: %s <%s>: %s\n", file, function, message);
+}
+
+// Waits for SIGINT or SIGTERM (blocked in every thread), logging the connections as their
+// number changes.
+void serveUntilSignalled(const RvRemoteDebugService& service, const sigset_t& stopSignals) {
+  const timespec interval{0, kWatchIntervalNs};
+  int links = 0;
+  for (;;) {
+    const int signal = sigtimedwait(&stopSignals, nullptr, &interval);
+    for (int now = service.linkCount(); links != now; links += now > links ? 1 : -1)
+      std::fprintf(stderr, "zrad serve: connection %s (%d open)\n",
+                   now > links ? "opened" : "closed", now > links ? links + 1 : links - 1);
+    if (signal > 0) {
+      std::fprintf(stderr, "zrad serve: %s, stopping\n", strsignal(signal));
+      return;
+    }
+  }
+}
+
+int run(const Args& args) {
+  std::string address = "127.0.0.1";
+  unsigned port = kDefaultPort;
+  for (size_t i = 0; i < args.size(); ++i) {
+    if (args[i] == "--port" && i + 1 < args.size()) {
+      char* end = nullptr;
+      const long value = std::strtol(args[++i].c_str(), &end, 10);
+      if (*end || value < 0 || value > 65535) return usageError(kFamily, "--port takes 0 to 65535");
+      port = static_cast<unsigned>(value);
+    } else if (args[i] == "--bind" && i + 1 < args.size()) {
+      address = args[++i];
+    } else {
+      return usageError(kFamily, "unexpected " + args[i]);
+    }
+  }
+
+  zr_set_print_log_to_file(0);
+  zr_attach_log_fun(logToStderr);
+  char* cwd = getcwd(nullptr, 0);
+  if (cwd) CNetCommand::setCurrentDir(ZrString(ZrUtf8String(cwd)));
+  std::free(cwd);
+
+  // Blocked before the service starts its threads, so only sigtimedwait takes these.
+  sigset_t stopSignals;
+  sigemptyset(&stopSignals);
+  sigaddset(&stopSignals, SIGINT);
+  sigaddset(&stopSignals, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+
+  ZrSmartPtr<LoggedService> service = ZrRxObjectImpl<LoggedService>::createObject();
+  std::string error;
+  if (!startService(*service, address, port, error)) return fail(kName, error);
+  std::fprintf(stderr, "zrad serve: listening on %s:%u\n", address.c_str(), service->getPort());
+  if (!isLoopbackAddress(address))
+    std::fprintf(stderr,
+                 "zrad serve: warning: listening beyond loopback; every peer can read, write and "
+                 "delete this user's files (the service has no authentication)\n");
+  serveUntilSignalled(*service, stopSignals);
+  service->Disconect();
+  std::fprintf(stderr, "zrad serve: stopped\n");
+  return kOk;
+}
+
+const FamilyRegistration kRegistration(kFamily);
+
+}  // namespace
