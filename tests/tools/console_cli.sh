@@ -2,6 +2,7 @@
 # zrad serve and zrad console across processes, over 127.0.0.1 only; every wait is bounded.
 # Usage: console_cli.sh PATH/TO/zrad
 . "$(dirname "$0")/cli.sh"
+zrad=$(cd "$(dirname "$zrad")" && pwd)/$(basename "$zrad")
 mkdir "$dir/srv" "$dir/cli" "$dir/loc"
 pids=
 trap 'for p in $pids; do kill "$p" 2> /dev/null; done; rm -rf "$dir"' EXIT
@@ -26,7 +27,7 @@ console() { (cd "$dir/cli" && timeout 30 "$zrad" console --timeout 10 "$@"); }
 serve_at "$dir/srv" "$dir/serve.log"
 check "serve reports its port" test -n "$port"
 head -c 300001 /dev/urandom > "$dir/cli/up.bin"
-printf 'hello\nMD sub\nLS\nUP %s\nDOWN up.bin\nFIND *.bin\nR sub\nLS -l\nHELP\n' "$dir/cli/up.bin" |
+printf 'hello\nMD sub\nLS\nUP %s\nDOWN up.bin\nFIND *.bin\nR sub\nLS -l\n' "$dir/cli/up.bin" |
   console "127.0.0.1:$port" > "$dir/out"
 check "piped session exits 0" test $? -eq 0
 check "HELLO answered" grep -qx '欢迎连接 本机' "$dir/out"
@@ -39,13 +40,21 @@ check "downloaded file intact" cmp -s "$dir/cli/up.bin" "$dir/cli/up-副本.bin"
 check "FIND answered" grep -qx 'up.bin;' "$dir/out"
 check "R removed the directory" sh -c "grep -qx '删除成功！' '$dir/out' && test ! -e '$dir/srv/sub'"
 check "LS -l has long lines" grep -q '^up.bin  *||  *300001 Byte  ||' "$dir/out"
-check "HELP shows the help lines" test "$(grep -c '^[A-Z!(]' "$dir/out")" -ge 21
 check "serve logged the connection" grep -q 'connection opened' "$dir/serve.log"
 check "serve logged the commands" grep -q 'command UP' "$dir/serve.log"
 
-printf 'NOSUCH\nHELLO\n' | console "127.0.0.1:$port" > "$dir/out" 2> "$dir/err"
-check "an unknown word fails the run with 1" test $? -eq 1
-check "and the next line still runs" grep -qx '欢迎连接 本机' "$dir/out"
+echo HELP | console "127.0.0.1:$port" > "$dir/out"
+check "HELP shows 21 lines, HELLO first" sh -c \
+  "test \$(wc -l < '$dir/out') -eq 21 && head -n1 '$dir/out' | grep -qx 'HELLO     给服务器一个回响。'"
+
+# Lines the console refuses: each is reported on stderr, the rest still run, the run fails.
+echo x > "$dir/cli/with space.txt"
+printf '%s\n' 'RN a b c' 'UP "x' '!ls' 'NOSUCH' "up \"$dir/cli/with space.txt\"" 'UP nowhere.bin' \
+  'DOWN nowhere.bin' | console "127.0.0.1:$port" > "$dir/out" 2> "$dir/err"
+check "refused lines fail the run with 1" test $? -eq 1
+check "each refusal names its line" test "$(grep -c '^zrad console: line [1-4]: ' "$dir/err")" -eq 4
+check "a quoted argument keeps its blank" cmp -s "$dir/cli/with space.txt" "$dir/srv/with space.txt"
+check "missing files on either side are answered" test "$(grep -cx '此文件（夹）不存在！' "$dir/out")" -eq 2
 
 { echo HELLO; sleep 2; echo HELLO; } | console "127.0.0.1:$port" > /dev/null 2>&1 &
 client=$!
@@ -60,6 +69,17 @@ check "a broken connection fails the console with 1" test $? -eq 1
 
 echo HELLO | console "127.0.0.1:$port" > /dev/null 2>&1
 check "nothing listening fails with 1" test $? -eq 1
+
+# A peer that accepts and never answers: the wait for the answer ends after --timeout.
+for port in $((port + 1)) $((port + 2)) $((port + 3)); do
+  nc -l 127.0.0.1 "$port" > /dev/null 2>&1 &
+  silent=$!; pids="$pids $silent"
+  sleep 0.3
+  kill -0 "$silent" 2> /dev/null && break
+done
+echo HELLO | (cd "$dir/cli" && timeout 30 "$zrad" console --timeout 1 "127.0.0.1:$port") \
+  > /dev/null 2> "$dir/err"
+check "no answer in time fails with 1" sh -c "test $? -eq 1 && grep -q 'no answer to HELLO' '$dir/err'"
 
 (cd "$dir/loc" && printf 'MD made\nLS\n' | timeout 30 "$zrad" console --local > "$dir/out")
 check "--local exits 0" test $? -eq 0
