@@ -3,7 +3,7 @@
 // Only the main thread writes to the terminal. Answers come on the client's socket thread;
 // they are posted to a queue with a wake-up pipe, and the main thread shows them above the
 // prompt (erase the prompt line, print, redraw), so an answer never tears a half-typed line.
-// Ctrl-C reaches the main loop through a pipe as well: at the prompt it drops the typed line,
+// Ctrl-C reaches the main loop through a pipe as well: at the prompt it empties the typed line,
 // during a wait it stops waiting (a late answer still shows when it comes).
 #include <editline/readline.h>
 #include <fcntl.h>
@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <utility>
 
 #include "console/answers.h"
 #include "console/console.h"
@@ -89,6 +90,16 @@ bool g_lineReady = false;
 bool g_endOfInput = false;
 
 void onInterrupt(int) { g_interrupts->wake(); }
+
+// libedit reads keys through this, so the main loop can hand it a key of its own.
+constexpr int kKillLine = 'U' & 0x1f;
+int g_pendingKey = -1;
+
+int readKey(FILE* in) {
+  if (g_pendingKey >= 0) return std::exchange(g_pendingKey, -1);
+  unsigned char key;
+  return read(fileno(in), &key, 1) == 1 ? key : EOF;
+}
 
 void onLine(char* line) {
   if (!line) {
@@ -199,6 +210,7 @@ int runInteractive(Session& session, const std::string& peer) {
   onCtrlC.sa_handler = onInterrupt;
   sigaction(SIGINT, &onCtrlC, &previous);
 
+  rl_getc_function = readKey;  // before anything makes libedit initialise
   const std::string history = historyPath();
   stifle_history(kHistoryLines);
   if (!history.empty()) read_history(history.c_str());
@@ -215,8 +227,8 @@ int runInteractive(Session& session, const std::string& peer) {
     if (fds[1].revents & POLLIN) showAbovePrompt(queue.take());
     if (fds[2].revents & POLLIN) {
       interrupts.drain();
-      rl_replace_line("", 0);
-      showAbovePrompt("^C\n");
+      g_pendingKey = kKillLine;  // libedit has no working way to empty its line but its own key
+      rl_callback_read_char();
     }
     if (!session.connected()) {
       showAbovePrompt("the connection is closed\n");
