@@ -41,6 +41,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <map>
@@ -124,6 +125,9 @@ class ZRAD_EXPORT INetCom : public ZrRxObject {
   virtual std::timed_mutex* getMutex() = 0;
   // The status as last set (0 new, 1 running, 2 finished, 3 aborted).
   virtual int getStatus() const = 0;
+  // Waits until the status is 2 or 3 (-1: without limit); false on time-out. Unlike
+  // waitSignal it sees an ending that came before the wait: synCommunicate waits with it.
+  virtual bool waitEnded(int timeoutMs) = 0;
 };
 
 // Implements the status, its mutex and its condition for a conversation interface `Base`.
@@ -150,6 +154,13 @@ class ZradNetComImp : public Base {
   }
   std::timed_mutex* getMutex() override { return &m_mutex; }
   int getStatus() const override { return m_status.load(); }
+  bool waitEnded(int timeoutMs) override {
+    std::unique_lock<std::timed_mutex> lock(m_mutex);
+    auto ended = [this] { return m_status.load() >= INetCom::kFinished; };
+    if (timeoutMs >= 0) return m_signal.wait_for(lock, std::chrono::milliseconds(timeoutMs), ended);
+    m_signal.wait(lock, ended);
+    return true;
+  }
 
  private:
   std::atomic<int> m_status{INetCom::kNew};
@@ -214,9 +225,9 @@ class ZRAD_EXPORT RvRemoteDebugCommunication : public RvDebugThread {
 
   // Queues `com` to be opened by the socket thread; true.
   bool communicate(ZrSmartPtr<INetCom> com);
-  // Queues `com` and waits for its signal. timeoutMs >= 0: one waitSignal(timeoutMs), whose
-  // result is returned. Negative: waits in 3 s steps while the socket is set; true at the first
-  // signal, false once the connection is gone (socket 0).
+  // Queues `com` (status reset to 0) and waits until it has finished or been aborted.
+  // timeoutMs >= 0: false when that takes longer. Negative: waits in 3 s steps while the
+  // socket is set; false once the connection is gone (socket 0) with `com` still unended.
   bool synCommunicate(ZrSmartPtr<INetCom> com, int timeoutMs);
   // Asks a running socket thread to stop and waits until it has, then sets the socket to 0 and
   // joins the thread; an ended thread is only joined. Always true. Not from the own thread.

@@ -6,10 +6,8 @@
 
 #include <zrad/remotedebug.h>
 
-#include "log/logmsg.h"
 #include "remotedebug/logsource.h"
 
-using zrad::remote::kLogSource;
 
 ZR_RX_DEFINE_MEMBERS(RvRemoteDebugClient, RvRemoteDebugCommunication, L"RvRemoteDebugClient")
 
@@ -26,18 +24,18 @@ void RvRemoteDebugClient::PrepareStart() { connect(m_host.c_str(), m_port); }
 bool RvRemoteDebugClient::connect(const char* host, int port) {
   const int sock = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (sock < 0) {
-    ZRAD_LOG(5, kLogSource, "%s ,create socket error", "connect");
+    REMOTE_LOG("connect", "%s ,create socket error", "connect");
     return false;
   }
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_port = htons(static_cast<uint16_t>(port));
   if (inet_pton(AF_INET, host, &address.sin_addr) < 1) {
-    ZRAD_LOG(5, kLogSource, "%s ,inet_pton error", "connect");
+    REMOTE_LOG("connect", "%s ,inet_pton error", "connect");
     return false;
   }
   if (::connect(sock, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
-    ZRAD_LOG(5, kLogSource, "%s ,connect socket error", "connect");
+    REMOTE_LOG("connect", "%s ,connect socket error", "connect");
     return false;
   }
   setSocket(sock);

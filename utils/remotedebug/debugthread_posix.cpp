@@ -4,10 +4,8 @@
 #include <zrad/log.h>
 #include <zrad/remotedebug.h>
 
-#include "log/logmsg.h"
 #include "remotedebug/logsource.h"
 
-using zrad::remote::kLogSource;
 
 ZR_RX_DEFINE_MEMBERS(RvDebugThread, ZrRxObject, L"RvDebugThread")
 
@@ -22,7 +20,7 @@ bool RvDebugThread::execute(const ZrUtf8String& name) {
     m_thread = std::thread(&RvDebugThread::threadBody, this, &startMutex, &started, &ready);
   } catch (const std::system_error&) {
     release();
-    ZRAD_LOG(5, kLogSource, "%s %d end", "execute", 140);
+    REMOTE_LOG("execute", "%s %d end", "execute", 140);
     return false;
   }
   started.wait(lock, [&] { return ready; });

@@ -12,7 +12,6 @@
 
 #include <zrad/remotedebug.h>
 
-#include "log/logmsg.h"
 #include "remotedebug/logsource.h"
 #include "remotedebug/message.h"
 #include "remotedebug/socketio.h"
@@ -61,11 +60,11 @@ bool RvRemoteDebugCommunication::communicate(ZrSmartPtr<INetCom> com) {
 }
 
 bool RvRemoteDebugCommunication::synCommunicate(ZrSmartPtr<INetCom> com, int timeoutMs) {
+  com->setStatus(INetCom::kNew);
   communicate(com);
-  // waitSignal misses a signal given before it began, so the status is asked around it.
-  if (timeoutMs >= 0) return com->waitSignal(timeoutMs) || ended(*com);
+  if (timeoutMs >= 0) return com->waitEnded(timeoutMs);
   while (getSocket() != 0) {
-    if (ended(*com) || com->waitSignal(kWaitStepMs)) return true;
+    if (com->waitEnded(kWaitStepMs)) return true;
   }
   return ended(*com);
 }
@@ -132,7 +131,7 @@ void RvRemoteDebugCommunication::socketThread() {
     if (polled < 0 && errno == EINTR) continue;
     const short events = polled < 0 ? POLLNVAL : fds[0].revents;
     if (events & POLLNVAL) {
-      ZRAD_LOG(5, kLogSource, "select error");
+      REMOTE_LOG("socketThread", "select error");
       break;
     }
     if (events & (POLLIN | POLLHUP | POLLERR)) {

@@ -18,7 +18,6 @@
 
 #include <zrad/files.h>
 
-#include "log/logmsg.h"
 #include "remotedebug/logsource.h"
 #include "remotedebug/socketio.h"
 
@@ -38,7 +37,7 @@ int transfer(int sock, int length, short events, int timeoutMs, const char* func
     int polled = socketIo().poll(&ready, 1, timeoutMs);
     if (polled < 0 && errno == EINTR) continue;
     if (polled < 0) {
-      ZRAD_LOG(5, kLogSource, "%s ,SOCKET_ERROR", function);
+      REMOTE_LOG(function, "%s ,SOCKET_ERROR", function);
       return -1;
     }
     ssize_t moved = polled == 0 ? 0 : step(done, length - done);
@@ -46,7 +45,7 @@ int transfer(int sock, int length, short events, int timeoutMs, const char* func
       done += static_cast<int>(moved);
     } else if (polled == 0 || moved == 0 || !retryable(errno)) {
       // Idle for the whole time-out, closed by the peer, or failed.
-      ZRAD_LOG(5, kLogSource, "%s ,expire", function);
+      REMOTE_LOG(function, "%s ,expire", function);
       return -2;
     }
   }

@@ -7,11 +7,9 @@
 
 #include <zrad/remotedebug.h>
 
-#include "log/logmsg.h"
 #include "remotedebug/logsource.h"
 #include "remotedebug/socketio.h"
 
-using zrad::remote::kLogSource;
 using zrad::remote::socketIo;
 
 ZR_RX_DEFINE_MEMBERS(RvRemoteDebugService, RvRemoteDebugCommunication, L"RvRemoteDebugService")
@@ -61,7 +59,7 @@ void RvRemoteDebugService::PrepareStart() {
 bool RvRemoteDebugService::listenOnPort() {
   const int sock = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (sock < 0) {
-    ZRAD_LOG(5, kLogSource, "create socket error:%d", errno);
+    REMOTE_LOG("server", "create socket error:%d", errno);
     return false;
   }
   sockaddr_in address{};
@@ -77,15 +75,19 @@ bool RvRemoteDebugService::listenOnPort() {
     bound = attempt + 1 < kBindAttempts;
   }
   if (!bound) {
-    ZRAD_LOG(5, kLogSource, "bind error");
+    REMOTE_LOG("server", "bind error");
     close(sock);
     return false;
   }
   if (listen(sock, kBacklog) != 0) {
-    ZRAD_LOG(5, kLogSource, "listen err:%d", errno);
+    REMOTE_LOG("server", "listen err:%d", errno);
     close(sock);
     return false;
   }
+  // The port actually bound (an ephemeral one when 0 was asked for).
+  socklen_t length = sizeof address;
+  if (getsockname(sock, reinterpret_cast<sockaddr*>(&address), &length) == 0)
+    m_port.store(ntohs(address.sin_port));
   m_listenSocket = sock;
   return true;
 }
@@ -96,7 +98,7 @@ int RvRemoteDebugService::server() {
     pollfd fds[2] = {{m_listenSocket, POLLIN | POLLPRI, 0}, {m_wakeFd, POLLIN, 0}};
     const int polled = socketIo().poll(fds, m_wakeFd >= 0 ? 2 : 1, kIdlePassMs);
     if (polled < 0 && errno != EINTR) {
-      ZRAD_LOG(5, kLogSource, "select err:%d", errno);
+      REMOTE_LOG("server", "select err:%d", errno);
       break;
     }
     if (polled > 0 && (fds[0].revents & POLLIN)) acceptOne();
