@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include <zrad/log.h>
 #include <zrad/remotedebug.h>
 
 #include "command.h"
@@ -20,21 +19,10 @@ using namespace zradtool;
 
 namespace {
 
-const char kName[] = "serve";
-constexpr unsigned kDefaultPort = 6666;
 constexpr long kWatchIntervalNs = 50 * 1000 * 1000;
 
-int run(const Args& args);
-
-const Family kFamily{
-    kName, "run a remote-debugging service until interrupted",
-    "usage: zrad serve [--port N] [--bind ADDR]\n"
-    "  serves console commands on ADDR (dotted IPv4, default 127.0.0.1) and port N (default\n"
-    "  6666; 0 picks a free port; a taken port steps on to N+1, N+3, N+6, ...), working in\n"
-    "  the current directory, until SIGINT or SIGTERM.\n"
-    "  The service has no authentication: whoever reaches it can read, write and delete the\n"
-    "  files of the user it runs as. --bind 0.0.0.0 opens it to every network.\n",
-    run};
+unsigned port = 6666;
+std::string address = "127.0.0.1";
 
 // The command conversation, logging each command it serves.
 class LoggedCommand : public CNetCommand {
@@ -64,11 +52,6 @@ class LoggedService : public RvRemoteDebugService {
   }
 };
 
-void logToStderr(int, int, const char* file, const char* function, const char* message,
-                 unsigned long) {
-  std::fprintf(stderr, "zrad serve: %s <%s>: %s\n", file, function, message);
-}
-
 // Waits for SIGINT or SIGTERM (blocked in every thread), logging the connections as their
 // number changes.
 void serveUntilSignalled(const RvRemoteDebugService& service, const sigset_t& stopSignals) {
@@ -86,24 +69,7 @@ void serveUntilSignalled(const RvRemoteDebugService& service, const sigset_t& st
   }
 }
 
-int run(const Args& args) {
-  std::string address = "127.0.0.1";
-  unsigned port = kDefaultPort;
-  for (size_t i = 0; i < args.size(); ++i) {
-    if (args[i] == "--port" && i + 1 < args.size()) {
-      char* end = nullptr;
-      const long value = std::strtol(args[++i].c_str(), &end, 10);
-      if (*end || value < 0 || value > 65535) return usageError(kFamily, "--port takes 0 to 65535");
-      port = static_cast<unsigned>(value);
-    } else if (args[i] == "--bind" && i + 1 < args.size()) {
-      address = args[++i];
-    } else {
-      return usageError(kFamily, "unexpected " + args[i]);
-    }
-  }
-
-  zr_set_print_log_to_file(0);
-  zr_attach_log_fun(logToStderr);
+int run() {
   char* cwd = getcwd(nullptr, 0);
   if (cwd) CNetCommand::setCurrentDir(ZrString(ZrUtf8String(cwd)));
   std::free(cwd);
@@ -117,7 +83,7 @@ int run(const Args& args) {
 
   ZrSmartPtr<LoggedService> service = ZrRxObjectImpl<LoggedService>::createObject();
   std::string error;
-  if (!startService(*service, address, port, error)) return fail(kName, error);
+  if (!startService(*service, address, port, error)) return fail(error);
   std::fprintf(stderr, "zrad serve: listening on %s:%u\n", address.c_str(), service->getPort());
   if (!isLoopbackAddress(address))
     std::fprintf(stderr,
@@ -129,6 +95,22 @@ int run(const Args& args) {
   return kOk;
 }
 
-const FamilyRegistration kRegistration(kFamily);
+void add(CLI::App& zrad) {
+  CLI::App* cmd = zrad.add_subcommand("serve", "run a remote-debugging service until SIGINT or SIGTERM");
+  cmd->add_option("--port", port,
+                  "port to listen on (default 6666; 0: a free one; a taken port steps on to N+1, "
+                  "N+3, N+6, ...)")
+      ->type_name("N")
+      ->check(CLI::Range(0, 65535));
+  cmd->add_option("--bind", address, "dotted IPv4 address to listen on (default 127.0.0.1)")
+      ->type_name("ADDR");
+  cmd->footer(
+      "Commands work in the current directory. The service has no authentication: whoever\n"
+      "reaches it can read, write and delete the files of the user it runs as, so it listens\n"
+      "on loopback unless --bind says otherwise (0.0.0.0: every network), and warns then.");
+  onRun(cmd, run);
+}
+
+const Registration kRegistration(add);
 
 }  // namespace
