@@ -456,6 +456,10 @@ class ZRAD_EXPORT CNetCommand : public ZradNetComImp<INetCom> {
   static ZrSmartPtr<INetCom> createNetCom(int reqId);
 
   int getReqId() const override;
+  // The command word and its arguments, as opened or as read on the service.
+  const ZrString& word() const { return m_word; }
+  const ZrString& firstArgument() const { return m_arg1; }
+  const ZrString& secondArgument() const { return m_arg2; }
   // Opening (reqId 0): upper-cases the word and writes the three strings (UP also attaches
   // its file); false when the word is not a command. Service (reqId 1): reads the strings and
   // runs the handler. Client, on the answer: shows it and returns false to end.
