@@ -1,5 +1,5 @@
 // The service on 127.0.0.1: port stepping, clients, hostile peers that must end only their own
-// connection, and sixteen clients moving files at once.
+// connection, and sixteen clients running mixed commands at once.
 #include <arpa/inet.h>
 #include <netinet/in.h>
 
@@ -8,6 +8,7 @@
 #include <thread>
 
 #include <zrad/files.h>
+#include <zrad/json.h>
 
 #include "common/testdir.h"
 #include "remotedebug/remote_testing.h"
@@ -115,20 +116,14 @@ TEST_F(Service, HostilePeersEndOnlyTheirOwnConnection) {
   auto good = connectClient(service->getPort());
   writeFile(dir / "up", std::string(100000, 'u'));
   const int descriptors = openDescriptors();
-  auto header = [](uint32_t length, uint32_t count) {
-    std::string out;
-    appendLe(out, length, 4);
-    appendLe(out, count, 4);
-    return out;
-  };
   const std::string payload = messageHeader(kEcho, 1, 0, 0);
   const std::string rows[] = {
       "garbage that is no frame at all",
-      header(0xFFFFFFFFu, 0) + std::string(8 << 20, 'j'),  // 4 GiB claim, 8 MiB of junk
-      header(24, 0xFFFFFFFFu) + payload + std::string(400, '\0'),
-      header(24, 1) + payload + std::string("\xF0\xFF\xFF\xFF", 4),  // negative size
+      frameHeader(0xFFFFFFFFu, 0) + std::string(8 << 20, 'j'),  // 4 GiB claim, 8 MiB of junk
+      frameHeader(24, 0xFFFFFFFFu) + payload + std::string(400, '\0'),
+      frameHeader(24, 1) + payload + std::string("\xF0\xFF\xFF\xFF", 4),  // negative size
       frame(payload, {"cut short"}).substr(0, 40),
-      header(24, 0).substr(0, 4),  // half a header, then idle
+      frameHeader(24, 0).substr(0, 4),  // half a header, then idle
   };
   std::vector<int> peers;
   for (const std::string& row : rows) {
@@ -153,28 +148,66 @@ TEST_F(Service, HostilePeersEndOnlyTheirOwnConnection) {
   service->Disconect();
 }
 
-TEST_F(Service, SixteenClientsMoveFilesBothWays) {
+// Sixteen clients at once, each running 100 commands of every kind against one service; every
+// file that goes up and comes back down (or is copied and renamed) is intact.
+TEST_F(Service, SixteenClientsRunMixedCommands) {
+  CNetCommand::setCurrentDir(ZrString(ZrUtf8String(dir.path())));
   auto service = startService();
-  constexpr int kClients = 16, kRounds = 100;
-  std::atomic<int> intact{0};
+  constexpr int kClients = 16, kCommands = 100;
+  std::atomic<int> failures{0};
   std::vector<std::thread> threads;
   for (int c = 0; c < kClients; ++c) {
     threads.emplace_back([&, c] {
       auto client = connectClient(service->getPort());
       std::mt19937 random(static_cast<unsigned>(c));
-      for (int round = 0; round < kRounds; ++round) {
-        std::string name = dir / ("c" + std::to_string(c) + "-" + std::to_string(round));
+      auto answer = [&](const char* word, const std::string& arg1, const std::string& arg2) {
+        ZrJsonPtr in = ZrJson::readjson("{}"), out = ZrJson::readjson("{}");
+        in->SetDataS("arg1", arg1.c_str());
+        in->SetDataS("arg2", arg2.c_str());
+        if (!CNetCommand::sendSynCommand(client.get(), word, 10000, in, out)) return std::string("<failed>");
+        return out("texts").ArrayCount() == 1 ? out("texts")(0)->strValue().str() : "<not one text>";
+      };
+      for (int done = 0, round = 0; done < kCommands; ++round) {
+        const std::string name = "c" + std::to_string(c) + "-" + std::to_string(round);
         std::string bytes(random() % 70000, '\0');
         for (char& byte : bytes) byte = static_cast<char>(random());
-        writeFile(name, bytes);
-        intact += echoes(*client, name, std::to_string(round));
+        writeFile(dir / ("local/" + name + ".bin"), bytes);
+        const struct {
+          const char* word;
+          std::string arg1, arg2, expected;
+        } steps[] = {
+            {"HELLO", "", "", "欢迎连接 本机"},
+            {"UP", dir / ("local/" + name + ".bin"), "", "上传成功！"},
+            {"DOWN", name + ".bin", "", "已下载到：" + dir / (name + "-副本.bin")},
+            {"CP", name + ".bin", name + "-cp.bin", "复制成功！"},
+            {"RN", name + "-cp.bin", name + "-rn.bin", "修改成功！"},
+            {"MD", name + "-d", "", "新建成功！"},
+            {"R", name + "-d", "", "删除成功！"},
+            {"FIND", name + "-rn.*", "", name + "-rn.bin;\r\n"},
+            {"LS", name + "-rn.*", "", name + "-rn.bin\r\n"},
+        };
+        for (const auto& step : steps) {
+          if (done++ == kCommands) break;
+          const std::string got = answer(step.word, step.arg1, step.arg2);
+          if (got != step.expected) {
+            ++failures;
+            ADD_FAILURE() << "client " << c << " " << step.word << " " << step.arg1 << ": " << got;
+          }
+        }
+        for (const char* copy : {"-副本.bin", "-rn.bin"}) {
+          if (exists(dir / (name + copy)) && readFile(dir / (name + copy)) != bytes) {
+            ++failures;
+            ADD_FAILURE() << "client " << c << " " << name << copy << " differs";
+          }
+        }
       }
       client->Disconect();
     });
   }
   for (auto& thread : threads) thread.join();
-  EXPECT_EQ(intact.load(), kClients * kRounds);
+  EXPECT_EQ(failures.load(), 0);
   EXPECT_TRUE(waitFor([&] { return service->linkCount() == 0; }));
   service->Disconect();
+  CNetCommand::setCurrentDir(ZrString());
   EXPECT_EQ(tempFiles(), 0u);
 }
