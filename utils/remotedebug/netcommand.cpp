@@ -118,7 +118,7 @@ bool CNetCommand::OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
   }
   if (guard && !guard->admits(m_word)) {
     answer(reply, L"请先验证！");
-    return false;
+    return true;  // the client ends the conversation on the answer
   }
   return (this->*handler)(reqId, received, reply);
 }
