@@ -445,7 +445,8 @@ class ZRAD_EXPORT RvRemoteDebugClient : public RvRemoteDebugCommunication {
 //                  name ("-副本" appended to the stem while taken): "上传成功！"
 //   DOWN name      the service attaches the file; the console stores it under a free name and
 //                  shows "已下载到：" + the stored path
-//   CHECKPASS x    "验证成功！" for every pass phrase: the service has no authentication
+//   CHECKPASS x    "验证成功！" for every pass phrase, unless the service has a verifier
+//                  (RvServiceProtections: then "验证失败！" for a wrong one)
 // An unknown word is refused by the client before anything is sent; one that arrives anyway
 // is logged ("OnReceiveData, this:%p, Unkown cmd:%s", "utils/netcommand").
 //
