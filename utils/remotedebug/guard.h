@@ -46,7 +46,7 @@ class ConnectionGuard {
   void beginMessage() { m_held.clear(); }
 
  private:
-  const RvServiceProtections& m_protections;
+  const RvServiceProtections m_protections;  // a copy: the service's may change later
   bool m_passed;  // touched only by the connection's socket thread
   std::unique_ptr<RootedFiles> m_rooted;
   std::vector<HeldPath> m_held;
