@@ -150,6 +150,7 @@ TEST_F(Guarded, EscapeAttemptsStayBeneathTheRoot) {
     const char* word;
     std::string arg1, arg2, expected;
   } rows[] = {
+      {"FIND", "*.txt", "", "inside.txt;\r\n"},  // the links leading out are not descended
       {"MD", outsideTarget(), "", "新建失败！"},
       {"MD", "out/escaped", "", "新建失败！"},
       {"MD", "up/escaped", "", "新建失败！"},

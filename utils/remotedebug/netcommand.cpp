@@ -63,18 +63,20 @@ const zrad::remote::RootedFiles* rootedFiles() {
   return guard ? guard->rootedFiles() : nullptr;
 }
 
-// The directory LS and FIND list: `dir` itself, or beneath a root the path of its descriptor,
-// which `held` keeps open; "" (list nothing) when the root refuses it.
-ZrUtf8String listedDirectory(const ZrString& dir, HeldPath& held) {
+// Runs `list` (LS, FIND) on `dir` itself, or beneath a root on the path of its descriptor;
+// "" when the root refuses it (an empty directory would list the process's own).
+template <class List>
+ZrUtf8String listingOf(const ZrString& dir, List list) {
   const zrad::remote::RootedFiles* rooted = rootedFiles();
-  if (!rooted) return utf8(dir);
-  held = rooted->open(utf8(dir), O_RDONLY | O_DIRECTORY);
-  return held.path();
+  if (!rooted) return list(utf8(dir));
+  HeldPath held = rooted->open(utf8(dir), O_RDONLY | O_DIRECTORY);
+  return held ? list(held.path()) : ZrUtf8String();
 }
 
 // Copies a received file into `dir` under a free name made from `name`; "" when the copy fails.
 ZrString storeReceivedFile(const ZrUtf8String& received, const ZrString& dir, const ZrString& name) {
-  if (const zrad::remote::RootedFiles* rooted = rootedFiles()) return rooted->store(received, dir, name);
+  if (const zrad::remote::RootedFiles* rooted = rootedFiles())
+    return rooted->store(received, dir, name);
   const ZrString path =
       freeFileName(dir, name, [](const ZrString& p) { return zrutIsExistFile(utf8(p)); });
   return zrutCopyFile(received, utf8(path)) ? path : ZrString();
@@ -206,19 +208,17 @@ bool CNetCommand::cmdCf(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPac
 
 bool CNetCommand::cmdLs(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPackage> reply) {
   if (reqId != 1) return true;
-  HeldPath held;
-  const ZrUtf8String dir = listedDirectory(GetCurd(0), held);
-  // A root that refuses the directory lists nothing (an empty dir would be the process's own).
-  answer(reply, ZrString(held || !rootedFiles() ? zrad::remote::listDirectory(dir, utf8(m_arg1), utf8(m_arg2)) : ZrUtf8String()));
+  answer(reply, ZrString(listingOf(GetCurd(0), [this](const ZrUtf8String& dir) {
+           return zrad::remote::listDirectory(dir, utf8(m_arg1), utf8(m_arg2));
+         })));
   return true;
 }
 
 bool CNetCommand::cmdFind(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPackage> reply) {
   if (reqId != 1) return true;
-  HeldPath held;
-  const ZrUtf8String dir = listedDirectory(GetCurd(0), held);
-  // A root that refuses the directory lists nothing (an empty dir would be the process's own).
-  answer(reply, ZrString(held || !rootedFiles() ? zrad::remote::findFiles(dir, utf8(m_arg1)) : ZrUtf8String()));
+  answer(reply, ZrString(listingOf(GetCurd(0), [this](const ZrUtf8String& dir) {
+           return zrad::remote::findFiles(dir, utf8(m_arg1));
+         })));
   return true;
 }
 
