@@ -298,7 +298,9 @@ struct RvServiceProtections {
   // symbolic links and links leading out are refused by the kernel's resolution (openat2
   // RESOLVE_BENEATH; where it is missing, a walk that refuses every link). Refused commands
   // give their failure answers ("新建失败！", "此文件（夹）不存在！", ...). CP copies regular
-  // files only. Default "": the whole file system.
+  // files only. Opened files reach the listing and copy helpers as "/proc/self/fd/N", so /proc
+  // must be mounted. FIND walks subdirectories by name: a directory swapped for a link during
+  // the walk can show names (never contents) from outside. Default "": the whole file system.
   ZrUtf8String rootDir;
   // Connections served at once; one more is accepted, closed at once and logged. 0: no limit.
   int maxClients = 0;
