@@ -181,7 +181,7 @@ class ZRAD_EXPORT RvDebugThread : public ZrRxObject {
   enum { kNotStarted = 0, kRunning = 1, kStopRequested = 2, kEnded = 3 };
 
   // Starts the thread; returns after the new thread has run PrepareStart. false (logged as
-  // "execute 140 end") when no thread could be created.
+  // "execute 140 end") when no thread could be created, and when the object already has one.
   bool execute(const ZrUtf8String& name);
   // True on the object's own thread.
   bool isInCurThread() const;

@@ -1,8 +1,5 @@
 // The service on 127.0.0.1: port stepping, clients, hostile peers that must end only their own
 // connection, and sixteen clients running mixed commands at once.
-#include <arpa/inet.h>
-#include <netinet/in.h>
-
 #include <filesystem>
 #include <random>
 #include <thread>
@@ -18,27 +15,6 @@ using namespace remotetest;
 namespace {
 
 constexpr int kEcho = 7;
-
-// A listening socket on 127.0.0.1:port (0: any free port); -1 when the port is taken.
-int listenOn(unsigned port) {
-  int s = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<uint16_t>(port));
-  if (bind(s, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 || listen(s, 1) != 0) {
-    close(s);
-    return -1;
-  }
-  return s;
-}
-
-unsigned portOf(int s) {
-  sockaddr_in address{};
-  socklen_t length = sizeof address;
-  getsockname(s, reinterpret_cast<sockaddr*>(&address), &length);
-  return ntohs(address.sin_port);
-}
 
 ZrSmartPtr<RvRemoteDebugService> startService(unsigned port = 0) {
   ZrSmartPtr<RvRemoteDebugService> service = RvRemoteDebugService::createObject(port);
@@ -84,16 +60,11 @@ bool waitFor(const std::function<bool()>& done, int seconds = 10) {
 }  // namespace
 
 TEST_F(Service, BindStepsCumulativelyAndStopsCleanly) {
-  // Find p with p, p+1 and p+3 usable, take p and p+1: the service lands on p+3.
-  int taken[2] = {-1, -1};
-  unsigned p = 0;
-  for (int attempt = 0; attempt < 20 && taken[1] < 0; ++attempt) {
-    if (taken[0] >= 0) close(taken[0]);
-    taken[0] = listenOn(0);
-    p = portOf(taken[0]);
-    taken[1] = p < 65000 ? listenOn(p + 1) : -1;
-  }
-  ASSERT_GE(taken[1], 0);
+  // Two services hold p and p+1, so a third asked for p tries p, p+1 and lands on p+3.
+  auto first = startService();
+  const unsigned p = first->getPort();
+  auto second = startService(p);
+  EXPECT_EQ(second->getPort(), p + 1);
   const int descriptors = openDescriptors();
   {
     auto service = startService(p);
@@ -108,7 +79,8 @@ TEST_F(Service, BindStepsCumulativelyAndStopsCleanly) {
   }
   EXPECT_EQ(openDescriptors(), descriptors);
   EXPECT_EQ(tempFiles(), 0u);
-  for (int s : taken) close(s);
+  first->Disconect();
+  second->Disconect();
 }
 
 TEST_F(Service, HostilePeersEndOnlyTheirOwnConnection) {
@@ -127,14 +99,12 @@ TEST_F(Service, HostilePeersEndOnlyTheirOwnConnection) {
   };
   std::vector<int> peers;
   for (const std::string& row : rows) {
-    int peer = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<uint16_t>(service->getPort()));
-    ASSERT_EQ(connect(peer, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    sendAll(peer, row);
-    peers.push_back(peer);
+    // A raw peer: the client's connection taken over without its thread.
+    auto raw = RvRemoteDebugClient::createObject("", 0);
+    ASSERT_TRUE(raw->connect("127.0.0.1", static_cast<int>(service->getPort())));
+    peers.push_back(raw->getSocket());
+    raw->setSocket(0);
+    sendAll(peers.back(), row);
     EXPECT_TRUE(echoes(*good, dir / "up", "still served"));
   }
   for (size_t i = 0; i + 1 < peers.size(); ++i) close(peers[i]);

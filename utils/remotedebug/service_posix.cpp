@@ -121,6 +121,7 @@ void RvRemoteDebugService::acceptOne() {
     close(sock);
     return;
   }
+  zrad::remote::sendWithoutDelay(sock);
   ZrSmartPtr<RvRemoteLinkClient> link = RvRemoteLinkClient::createObject(this, sock);
   if (!link->execute(kLinkThreadName) || link->getSocket() == 0) return;
   std::lock_guard<std::mutex> lock(m_mutex);
