@@ -291,6 +291,8 @@ struct RvServiceProtections {
   // "验证成功！" and lets the connection pass; a mismatch answers "验证失败！" after a delay of
   // one second (that connection's thread alone waits) and is logged. Until the connection has
   // passed, every other command is answered "请先验证！", ends its conversation and is logged.
+  // The check gates the command set (request id 1); conversations of other request ids that
+  // the host registers with RegMonitor are its own to guard.
   // Default "": every phrase is accepted and nothing needs one.
   ZrUtf8String passVerifier;
   // A directory the file commands (LS, MD, R, RN, CP, UP, DOWN, FIND) cannot leave. Paths are

@@ -15,6 +15,7 @@ namespace zrad::remote {
 namespace {
 
 thread_local ConnectionGuard* tActiveGuard = nullptr;
+const char kCommandLogSource[] = "utils/netcommand";  // refusals of the command set
 
 std::string lowerCase(std::string text) {
   for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
@@ -40,7 +41,7 @@ ConnectionGuard::ConnectionGuard(const RvServiceProtections& protections)
 
 bool ConnectionGuard::admits(const ZrString& word) const {
   if (m_passed || word == L"CHECKPASS") return true;
-  REMOTE_LOG("OnReceiveData", "refused before CHECKPASS: %s", ZrUtf8String(word).c_str());
+  ZRAD_LOG(5, kCommandLogSource, "refused before CHECKPASS: %s", ZrUtf8String(word).c_str());
   return false;
 }
 
@@ -53,7 +54,7 @@ bool ConnectionGuard::checkPass(const ZrUtf8String& phrase) {
     m_passed = true;
     return true;
   }
-  REMOTE_LOG("cmdCheckPass", "wrong pass phrase");
+  ZRAD_LOG(5, kCommandLogSource, "wrong pass phrase");
   std::this_thread::sleep_for(std::chrono::milliseconds(kPassFailureDelayMs));
   return false;
 }
