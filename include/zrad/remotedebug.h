@@ -306,7 +306,8 @@ struct RvServiceProtections {
   ZrUtf8String rootDir;
   // Connections served at once; one more is accepted, closed at once and logged. 0: no limit.
   int maxClients = 0;
-  // Bytes of one received frame's payload; a larger frame closes the connection (logged).
+  // Bytes of one received frame's payload and file-size table together (4 bytes a file, so
+  // this also bounds the files of a frame); a larger frame closes the connection (logged).
   // 0: no limit.
   uint32_t maxPayloadSize = 0;
   // Bytes of one file a frame carries, either way: a larger one arriving closes the connection,

@@ -293,10 +293,13 @@ TEST_F(Guarded, LimitsRefuseCleanly) {
   }
   for (int i = 0; i < 250 && service->linkCount() > 0; ++i)
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  const int oversized = rawConnect(service->getPort());
-  sendAll(oversized, frameHeader(2000, 0));
-  EXPECT_TRUE(closedByPeer(oversized)) << "a 2000-byte payload was read";
-  close(oversized);
+  // A payload too long, and a size table too long for the same bound.
+  for (const std::string& header : {frameHeader(2000, 0), frameHeader(8, 300)}) {
+    const int oversized = rawConnect(service->getPort());
+    sendAll(oversized, header);
+    EXPECT_TRUE(closedByPeer(oversized)) << "an oversized frame was read";
+    close(oversized);
+  }
 
   service->Disconect();
   p = RvServiceProtections();

@@ -188,7 +188,7 @@ int RvRemoteDebugCommunication::recvData(int sock, ZrSmartPtr<RvNetPackage>& pkg
   const uint64_t payloadLength = header[0];
   const uint64_t fileCount = header[1];
   const ConnectionGuard* guard = connectionGuard();
-  if (guard && !guard->admitsPayload(payloadLength)) return -1;
+  if (guard && !guard->admitsPayload(payloadLength + 4 * fileCount)) return -1;
   std::vector<char> block;
 
   ZrSmartPtr<ZrStreamBuf> payload = ZrMemoryStream::createNew(2048);

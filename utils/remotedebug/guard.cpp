@@ -61,7 +61,7 @@ bool ConnectionGuard::checkPass(const ZrUtf8String& phrase) {
 
 bool ConnectionGuard::admitsPayload(uint64_t bytes) const {
   if (m_protections.maxPayloadSize == 0 || bytes <= m_protections.maxPayloadSize) return true;
-  REMOTE_LOG("recvData", "payload of %llu bytes refused", static_cast<unsigned long long>(bytes));
+  REMOTE_LOG("recvData", "frame of %llu bytes refused", static_cast<unsigned long long>(bytes));
   return false;
 }
 

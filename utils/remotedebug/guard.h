@@ -32,7 +32,7 @@ class ConnectionGuard {
   // holds up this connection's thread alone. True when no verifier is set.
   bool checkPass(const ZrUtf8String& phrase);
 
-  // Frame and file sizes against the limits; refusals are logged.
+  // Frame (payload and size table) and file sizes against the limits; refusals are logged.
   bool admitsPayload(uint64_t bytes) const;
   bool admitsFile(int64_t bytes) const;
   // The idle time-out in milliseconds; -1 when there is none.

@@ -179,19 +179,22 @@ bool RootedFiles::copy(const ZrUtf8String& from, const ZrUtf8String& to) const {
 
 ZrString RootedFiles::store(const ZrUtf8String& source, const ZrString& dir,
                             const ZrString& lastName) const {
-  HeldPath created;
+  HeldPath parent, created;
+  std::string name;
   int tries = 0;
   // A name counts as taken when it cannot be created exclusively; the first free one is then
   // already ours, so nothing can be slipped in under it.
   const ZrString path = freeFileName(dir, lastName, [&](const ZrString& candidate) {
-    std::string name;
-    HeldPath parent = openParent(ZrUtf8String(candidate), name);
+    parent = openParent(ZrUtf8String(candidate), name);
     if (!parent || ++tries > kMaxFreeNameTries) return false;
     created = HeldPath(openat(parent.fd(), name.c_str(),
                               O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
     return !created && errno == EEXIST;
   });
-  return created && zrutCopyFile(source, created.path()) ? path : ZrString();
+  if (!created) return ZrString();
+  if (zrutCopyFile(source, created.path())) return path;
+  unlinkat(parent.fd(), name.c_str(), 0);  // no partial file stays under the name (a full disk)
+  return ZrString();
 }
 
 }  // namespace zrad::remote
