@@ -265,6 +265,12 @@ TEST(RootedResolve, BothResolversRefuseEscapes) {
       if (fd >= 0) close(fd);
     }
   }
+  // A store whose copy fails leaves nothing under the name it had taken.
+  zrad::remote::RootedFiles files(dup(root));
+  EXPECT_TRUE(files.store((dir / "missing").c_str(), L"/a", L"new.txt").isEmpty());
+  EXPECT_FALSE(exists(dir / "root/a/new.txt"));
+  EXPECT_EQ(ZrUtf8String(files.store((dir / "outside.txt").c_str(), L"/a", L"b.txt")).str(), "/a/b-副本.txt");
+  EXPECT_EQ(readFile(dir / "root/a/b-副本.txt"), "o");
   close(root);
 }
 
