@@ -13,8 +13,9 @@
 //   payload: [int32 request id][uint64 sender tag][uint64 receiver tag, 0 = unknown]
 //            [int32 sequence: 0 opening, received + 1 in answers, -1 ends][conversation data]
 //
-// The service has no authentication: every peer can read, write and delete the files of the
-// user the service runs as. Its bind address is opt-in (default: every interface).
+// By default the service has no authentication: every peer can read, write and delete the
+// files of the user the service runs as, on every interface. A host that faces a network opts
+// in to the protections of RvServiceProtections and to a bind address.
 //
 // Decisions taken here where the protocol leaves room:
 // - Blocking waits are poll() with the caller's time-out. writedata/readdata give up with -2
@@ -282,6 +283,40 @@ class ZRAD_EXPORT RvRemoteDebugCommunication : public RvDebugThread {
 
 class RvRemoteLinkClient;
 
+// Opt-in protections of a service. Every default leaves its protection off, and a service with
+// all of them off behaves exactly as described for RvRemoteDebugService.
+struct RvServiceProtections {
+  // MD5 of the pass phrase as 32 hexadecimal digits (any case); see passVerifierOf(). With one,
+  // CHECKPASS compares the MD5 of its phrase with it in constant time: a match answers
+  // "验证成功！" and lets the connection pass; a mismatch answers "验证失败！" after a delay of
+  // one second (that connection's thread alone waits) and is logged. Until the connection has
+  // passed, every other command is answered "请先验证！", ends its conversation and is logged.
+  // The check gates the command set (request id 1); conversations of other request ids that
+  // the host registers with RegMonitor are its own to guard.
+  // Default "": every phrase is accepted and nothing needs one.
+  ZrUtf8String passVerifier;
+  // A directory the file commands (LS, MD, R, RN, CP, UP, DOWN, FIND) cannot leave. Paths are
+  // taken relative to it, as if it were "/" (the current directory too): "..", absolute
+  // symbolic links and links leading out are refused by the kernel's resolution (openat2
+  // RESOLVE_BENEATH; where it is missing, a walk that refuses every link). Refused commands
+  // give their failure answers ("新建失败！", "此文件（夹）不存在！", ...). CP copies regular
+  // files only. Opened files reach the listing and copy helpers as "/proc/self/fd/N", so /proc
+  // must be mounted. FIND walks subdirectories by name: a directory swapped for a link during
+  // the walk can show names (never contents) from outside. Default "": the whole file system.
+  ZrUtf8String rootDir;
+  // Connections served at once; one more is accepted, closed at once and logged. 0: no limit.
+  int maxClients = 0;
+  // Bytes of one received frame's payload and file-size table together (4 bytes a file, so
+  // this also bounds the files of a frame); a larger frame closes the connection (logged).
+  // 0: no limit.
+  uint32_t maxPayloadSize = 0;
+  // Bytes of one file a frame carries, either way: a larger one arriving closes the connection,
+  // a larger one asked for with DOWN is answered "文件太大！" (both logged). 0: no limit.
+  int64_t maxFileSize = 0;
+  // Milliseconds a connection may stay silent before it is closed (logged). 0: no limit.
+  int idleTimeoutMs = 0;
+};
+
 // The listening server: accepts connections and gives each one a link client of its own, which
 // answers the peer through the service's monitor factories.
 class ZRAD_EXPORT RvRemoteDebugService : public RvRemoteDebugCommunication {
@@ -310,6 +345,14 @@ class ZRAD_EXPORT RvRemoteDebugService : public RvRemoteDebugCommunication {
   // Link clients whose thread still runs.
   int linkCount() const;
 
+  // Sets the protections that connections accepted from now on get; set them before
+  // execute(). False (nothing changed) when the verifier is neither "" nor 32 hexadecimal
+  // digits, or the root is not "" and names no directory.
+  bool setProtections(const RvServiceProtections& protections);
+  const RvServiceProtections& protections() const { return m_protections; }
+  // The verifier of a pass phrase: the lower-case hexadecimal MD5 of its UTF-8 bytes.
+  static ZrUtf8String passVerifierOf(const ZrUtf8String& phrase);
+
   // The accept loop: 1 after a stop (or a select failure), 0 when the service never listened.
   int server();
 
@@ -330,6 +373,7 @@ class ZRAD_EXPORT RvRemoteDebugService : public RvRemoteDebugCommunication {
   std::atomic<unsigned int> m_port{0};
   std::map<unsigned int, MonitorFactory> m_factories;
   ZrUtf8String m_bindAddress;
+  RvServiceProtections m_protections;
   int m_listenSocket = -1;
   std::atomic<bool> m_listening{false};
 };
@@ -342,6 +386,8 @@ class ZRAD_EXPORT RvRemoteLinkClient : public RvRemoteDebugCommunication {
                                                      int sock);
   // Asks the owning service.
   ZrSmartPtr<INetCom> createMonitor(unsigned int reqId) const override;
+  // The socket thread, under the owning service's protections.
+  void Run() override;
 
  protected:
   RvRemoteLinkClient() = default;
@@ -404,7 +450,8 @@ class ZRAD_EXPORT RvRemoteDebugClient : public RvRemoteDebugCommunication {
 //                  name ("-副本" appended to the stem while taken): "上传成功！"
 //   DOWN name      the service attaches the file; the console stores it under a free name and
 //                  shows "已下载到：" + the stored path
-//   CHECKPASS x    "验证成功！" for every pass phrase: the service has no authentication
+//   CHECKPASS x    "验证成功！" for every pass phrase, unless the service has a verifier
+//                  (RvServiceProtections: then "验证失败！" for a wrong one)
 // An unknown word is refused by the client before anything is sent; one that arrives anyway
 // is logged ("OnReceiveData, this:%p, Unkown cmd:%s", "utils/netcommand").
 //

@@ -12,6 +12,7 @@
 
 #include <zrad/remotedebug.h>
 
+#include "remotedebug/guard.h"
 #include "remotedebug/logsource.h"
 #include "remotedebug/message.h"
 #include "remotedebug/socketio.h"
@@ -124,11 +125,17 @@ void RvRemoteDebugCommunication::drainWake() {
 
 void RvRemoteDebugCommunication::socketThread() {
   const int sock = getSocket();
+  const ConnectionGuard* guard = connectionGuard();
+  const int idleMs = guard ? guard->idleTimeoutMs() : -1;
   bool morePending = false;
   while (m_state.load() < kStopRequested) {
     pollfd fds[2] = {{sock, POLLIN | POLLPRI, 0}, {m_wakeFd, POLLIN, 0}};
-    const int polled = socketIo().poll(fds, m_wakeFd >= 0 ? 2 : 1, morePending ? 0 : -1);
+    const int polled = socketIo().poll(fds, m_wakeFd >= 0 ? 2 : 1, morePending ? 0 : idleMs);
     if (polled < 0 && errno == EINTR) continue;
+    if (polled == 0 && !morePending) {
+      REMOTE_LOG("socketThread", "idle for %d ms, closed", idleMs);
+      break;
+    }
     const short events = polled < 0 ? POLLNVAL : fds[0].revents;
     if (events & POLLNVAL) {
       REMOTE_LOG("socketThread", "select error");

@@ -18,6 +18,7 @@
 
 #include <zrad/files.h>
 
+#include "remotedebug/guard.h"
 #include "remotedebug/logsource.h"
 #include "remotedebug/socketio.h"
 
@@ -186,6 +187,8 @@ int RvRemoteDebugCommunication::recvData(int sock, ZrSmartPtr<RvNetPackage>& pkg
   if (readdata(sock, sizeof header, header, timeoutMs) < 1) return -1;
   const uint64_t payloadLength = header[0];
   const uint64_t fileCount = header[1];
+  const ConnectionGuard* guard = connectionGuard();
+  if (guard && !guard->admitsPayload(payloadLength + 4 * fileCount)) return -1;
   std::vector<char> block;
 
   ZrSmartPtr<ZrStreamBuf> payload = ZrMemoryStream::createNew(2048);
@@ -206,7 +209,7 @@ int RvRemoteDebugCommunication::recvData(int sock, ZrSmartPtr<RvNetPackage>& pkg
 
   ReceivedFiles received;
   for (int32_t size : sizes) {
-    if (size < 0) return -1;
+    if (size < 0 || (guard && !guard->admitsFile(size))) return -1;
     ZrUtf8String path;
     int fd = createTempFile(path);
     if (fd < 0) return -1;

@@ -1,5 +1,6 @@
 // The remote command set: how a command conversation opens, is served and is answered, and
 // the service-side handlers.
+#include <fcntl.h>
 #include <stdio.h>
 #include <sys/stat.h>
 
@@ -8,12 +9,15 @@
 #include <zrad/remotedebug.h>
 
 #include "log/logmsg.h"
+#include "remotedebug/guard.h"
 #include "remotedebug/netcommand_list.h"
 #include "remotedebug/netcommand_paths.h"
 #include "remotedebug/netcommand_table.h"
 #include "remotedebug/payload.h"
 
+using zrad::remote::connectionGuard;
 using zrad::remote::findCommandHandler;
+using zrad::remote::HeldPath;
 using zrad::remote::freeFileName;
 using zrad::remote::joinToCurrentDir;
 using zrad::remote::readPayloadString;
@@ -53,8 +57,26 @@ bool isTransferable(const ZrUtf8String& path) {
   return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && info.st_size < (int64_t{1} << 31);
 }
 
+// The restricted file operations of the connection served on this thread; null without a root.
+const zrad::remote::RootedFiles* rootedFiles() {
+  const zrad::remote::ConnectionGuard* guard = connectionGuard();
+  return guard ? guard->rootedFiles() : nullptr;
+}
+
+// Runs `list` (LS, FIND) on `dir` itself, or beneath a root on the path of its descriptor;
+// "" when the root refuses it (an empty directory would list the process's own).
+template <class List>
+ZrUtf8String listingOf(const ZrString& dir, List list) {
+  const zrad::remote::RootedFiles* rooted = rootedFiles();
+  if (!rooted) return list(utf8(dir));
+  HeldPath held = rooted->open(utf8(dir), O_RDONLY | O_DIRECTORY);
+  return held ? list(held.path()) : ZrUtf8String();
+}
+
 // Copies a received file into `dir` under a free name made from `name`; "" when the copy fails.
 ZrString storeReceivedFile(const ZrUtf8String& received, const ZrString& dir, const ZrString& name) {
+  if (const zrad::remote::RootedFiles* rooted = rootedFiles())
+    return rooted->store(received, dir, name);
   const ZrString path =
       freeFileName(dir, name, [](const ZrString& p) { return zrutIsExistFile(utf8(p)); });
   return zrutCopyFile(received, utf8(path)) ? path : ZrString();
@@ -82,6 +104,8 @@ bool CNetCommand::OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
   if (reqId == 0) return openConversation(reply);
   if (m_opened) return showAnswer(received);
 
+  zrad::remote::ConnectionGuard* guard = connectionGuard();
+  if (guard) guard->beginMessage();
   ZrSmartPtr<ZrStreamBuf> in = received->stream();
   if (in.isNull() || in->length() < static_cast<uint64_t>(kRvMessageHeaderSize)) return false;
   in->seek(kRvMessageHeaderSize, kSeekFromStart);
@@ -93,6 +117,10 @@ bool CNetCommand::OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
     ZRAD_LOG(5, kLogSource, "%s, this:%p, Unkown cmd:%s", "OnReceiveData",
              static_cast<void*>(this), utf8(m_word).c_str());
     return false;
+  }
+  if (guard && !guard->admits(m_word)) {
+    answer(reply, L"请先验证！");
+    return true;  // the client ends the conversation on the answer
   }
   return (this->*handler)(reqId, received, reply);
 }
@@ -161,7 +189,10 @@ bool CNetCommand::cmdLc(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPac
 
 bool CNetCommand::cmdCheckPass(int reqId, ZrSmartPtr<RvNetPackage>,
                                ZrSmartPtr<RvNetPackage> reply) {
-  if (reqId == 1) answer(reply, L"验证成功！");  // every pass phrase is accepted
+  if (reqId != 1) return true;
+  // Without a verifier every pass phrase is accepted.
+  zrad::remote::ConnectionGuard* guard = connectionGuard();
+  answerIf(reply, !guard || guard->checkPass(utf8(m_arg1)), L"验证成功！", L"验证失败！");
   return true;
 }
 
@@ -176,19 +207,26 @@ bool CNetCommand::cmdCf(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPac
 }
 
 bool CNetCommand::cmdLs(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPackage> reply) {
-  if (reqId == 1)
-    answer(reply, ZrString(zrad::remote::listDirectory(utf8(GetCurd(0)), utf8(m_arg1), utf8(m_arg2))));
+  if (reqId != 1) return true;
+  answer(reply, ZrString(listingOf(GetCurd(0), [this](const ZrUtf8String& dir) {
+           return zrad::remote::listDirectory(dir, utf8(m_arg1), utf8(m_arg2));
+         })));
   return true;
 }
 
 bool CNetCommand::cmdFind(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPackage> reply) {
-  if (reqId == 1) answer(reply, ZrString(zrad::remote::findFiles(utf8(GetCurd(0)), utf8(m_arg1))));
+  if (reqId != 1) return true;
+  answer(reply, ZrString(listingOf(GetCurd(0), [this](const ZrUtf8String& dir) {
+           return zrad::remote::findFiles(dir, utf8(m_arg1));
+         })));
   return true;
 }
 
 bool CNetCommand::cmdMd(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPackage> reply) {
   if (reqId != 1) return true;
-  const bool made = mkdir(utf8(joinToCurrentDir(GetCurd(0), m_arg1)).c_str(), 0777) == 0;
+  const ZrUtf8String path = utf8(joinToCurrentDir(GetCurd(0), m_arg1));
+  const zrad::remote::RootedFiles* rooted = rootedFiles();
+  const bool made = rooted ? rooted->makeDir(path) : mkdir(path.c_str(), 0777) == 0;
   answerIf(reply, made, L"新建成功！", L"新建失败！");
   return true;
 }
@@ -196,8 +234,9 @@ bool CNetCommand::cmdMd(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPac
 bool CNetCommand::cmdR(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPackage> reply) {
   if (reqId != 1) return true;
   // An empty name would name the current directory itself ("/" when it is empty).
-  const bool removed =
-      !m_arg1.isEmpty() && zrutRemoveFile(utf8(GetCurd(0) + L"/" + m_arg1));
+  const ZrUtf8String path = utf8(GetCurd(0) + L"/" + m_arg1);
+  const zrad::remote::RootedFiles* rooted = rootedFiles();
+  const bool removed = !m_arg1.isEmpty() && (rooted ? rooted->remove(path) : zrutRemoveFile(path));
   answerIf(reply, removed, L"删除成功！", L"删除失败！");
   return true;
 }
@@ -206,9 +245,10 @@ bool CNetCommand::cmdRn(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPac
   if (reqId != 1) return true;
   const ZrUtf8String from = utf8(joinToCurrentDir(GetCurd(0), m_arg1));
   const ZrUtf8String to = utf8(joinToCurrentDir(GetCurd(0), m_arg2));
-  if (!zrutIsExistFile(from))
+  const zrad::remote::RootedFiles* rooted = rootedFiles();
+  if (!(rooted ? rooted->exists(from) : zrutIsExistFile(from)))
     answer(reply, kMissingFile);
-  else if (rename(from.c_str(), to.c_str()) == 0)
+  else if (rooted ? rooted->rename(from, to) : rename(from.c_str(), to.c_str()) == 0)
     answer(reply, L"修改成功！");  // a failed rename answers nothing
   return true;
 }
@@ -216,9 +256,10 @@ bool CNetCommand::cmdRn(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPac
 bool CNetCommand::cmdCp(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPackage> reply) {
   if (reqId != 1) return true;
   const ZrString dir = GetCurd(0);
-  const bool copied =
-      zrutCopyFile(utf8(joinToCurrentDir(dir, zrutGetLastFileNameInPathW(m_arg1))),
-                   utf8(joinToCurrentDir(dir, zrutGetLastFileNameInPathW(m_arg2))));
+  const ZrUtf8String from = utf8(joinToCurrentDir(dir, zrutGetLastFileNameInPathW(m_arg1)));
+  const ZrUtf8String to = utf8(joinToCurrentDir(dir, zrutGetLastFileNameInPathW(m_arg2)));
+  const zrad::remote::RootedFiles* rooted = rootedFiles();
+  const bool copied = rooted ? rooted->copy(from, to) : zrutCopyFile(from, to);
   answerIf(reply, copied, L"复制成功！", L"复制失败！");
   return true;
 }
@@ -236,7 +277,19 @@ bool CNetCommand::cmdUp(int reqId, ZrSmartPtr<RvNetPackage> received,
 
 bool CNetCommand::cmdDown(int reqId, ZrSmartPtr<RvNetPackage>, ZrSmartPtr<RvNetPackage> reply) {
   if (reqId != 1) return true;
-  const ZrUtf8String path = utf8(joinToCurrentDir(GetCurd(0), m_arg1));
-  if (!isTransferable(path) || reply->putFile(path, false) < 0) answer(reply, kMissingFile);
+  ZrUtf8String path = utf8(joinToCurrentDir(GetCurd(0), m_arg1));
+  zrad::remote::ConnectionGuard* guard = connectionGuard();
+  HeldPath held;
+  if (guard && guard->rootedFiles()) {
+    // Sent through its descriptor, so the file cannot be swapped before it goes out.
+    held = guard->rootedFiles()->open(path, O_RDONLY | O_NONBLOCK);
+    path = held.path();
+  }
+  struct stat info {};
+  if (guard && stat(path.c_str(), &info) == 0 && !guard->admitsFile(info.st_size))
+    answer(reply, L"文件太大！");
+  else if (!isTransferable(path) || reply->putFile(path, false) < 0)
+    answer(reply, kMissingFile);
+  if (held) guard->holdUntilNextMessage(std::move(held));
   return true;
 }

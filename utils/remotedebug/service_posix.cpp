@@ -115,6 +115,12 @@ int RvRemoteDebugService::server() {
 void RvRemoteDebugService::acceptOne() {
   const int sock = accept4(m_listenSocket, nullptr, nullptr, SOCK_CLOEXEC);
   if (sock < 0) return;
+  const int maxClients = m_protections.maxClients;
+  if (maxClients > 0 && linkCount() >= maxClients) {
+    REMOTE_LOG("server", "connection refused: %d clients served", maxClients);
+    close(sock);
+    return;
+  }
   zrad::remote::sendWithoutDelay(sock);
   ZrSmartPtr<RvRemoteLinkClient> link = RvRemoteLinkClient::createObject(this, sock);
   if (!link->execute(kLinkThreadName) || link->getSocket() == 0) return;
