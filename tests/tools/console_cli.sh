@@ -7,12 +7,14 @@ mkdir "$dir/srv" "$dir/cli" "$dir/loc"
 pids=
 trap 'for p in $pids; do kill "$p" 2> /dev/null; done; rm -rf "$dir"' EXIT
 
-# serve_at DIR LOG: starts `zrad serve --port 0` in DIR; sets $pid and $port (empty: failed).
+# serve_at DIR LOG [OPTION...]: starts `zrad serve --port 0` in DIR; sets $pid and $port (empty:
+# failed).
 serve_at() {
-  (cd "$1" && exec "$zrad" serve --port 0 2> "$2") &
+  at=$1 log=$2; shift 2
+  (cd "$at" && exec "$zrad" serve --port 0 "$@" 2> "$log") &
   pid=$!; pids="$pids $pid"; port=
   for _ in $(seq 100); do
-    port=$(sed -n 's/.*listening on 127\.0\.0\.1:\([0-9]*\).*/\1/p' "$2" 2> /dev/null)
+    port=$(sed -n 's/.*listening on 127\.0\.0\.1:\([0-9]*\).*/\1/p' "$log" 2> /dev/null)
     [ -n "$port" ] && return 0
     sleep 0.1
   done
@@ -84,4 +86,17 @@ check "no answer in time fails with 1" sh -c "test $? -eq 1 && grep -q 'no answe
 (cd "$dir/loc" && printf 'MD made\nLS\n' | timeout 30 "$zrad" console --local > "$dir/out")
 check "--local exits 0" test $? -eq 0
 check "--local works in the current directory" sh -c "test -d '$dir/loc/made' && grep -qx made '$dir/out'"
+
+# The opt-in protections: a pass phrase, and a root the file commands cannot leave.
+mkdir "$dir/root" && echo secret > "$dir/outside.txt" && echo sesame > "$dir/pass"
+serve_at "$dir/loc" "$dir/guard.log" --pass-file "$dir/pass" --root "$dir/root"
+check "a protected service starts" test -n "$port"
+echo LS | console "127.0.0.1:$port" > "$dir/out"
+check "without the phrase commands are refused" grep -qx '请先验证！' "$dir/out"
+printf 'MD made\nDOWN ../outside.txt\nDOWN /etc/hostname\n' |
+  console --pass-file "$dir/pass" "127.0.0.1:$port" > "$dir/out"
+check "with the phrase commands run beneath the root" test -d "$dir/root/made"
+check "the root cannot be left" sh -c "test \$(grep -cx '此文件（夹）不存在！' '$dir/out') -eq 2 && test ! -e '$dir/cli/outside-副本.txt'"
+kill -TERM "$pid"
+check "a protected service stops on SIGTERM" stops "$pid"
 finish

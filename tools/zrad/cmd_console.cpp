@@ -15,6 +15,7 @@
 #include "command.h"
 #include "console/answers.h"
 #include "console/console.h"
+#include "console/passphrase.h"
 
 using namespace zradtool;
 
@@ -25,6 +26,7 @@ constexpr int kDefaultTimeoutSeconds = 30;
 std::string address = "127.0.0.1";
 bool local = false;
 int timeoutSeconds = kDefaultTimeoutSeconds;
+std::string passFile;
 
 void printAnswer(const std::string& text) {
   std::fputs(text.c_str(), stdout);
@@ -39,9 +41,10 @@ int run() {
   if (cwd) CNetCommand::setCurrentDir(ZrString(ZrUtf8String(cwd)));
   std::free(cwd);
 
-  AnswerPrinter answers(printAnswer);
+  std::string phrase, error;
+  if (!passFile.empty() && !readPassPhrase(passFile, phrase, error)) return fail(error);
+  AnswerPrinter answers(printAnswer, phrase);
   Session session;
-  std::string error;
   if (!(local ? session.connectLocal(&answers, error) : session.connect(address, &answers, error)))
     return fail(error);
   if (terminal) return runInteractive(session, local ? "local" : address);
@@ -59,13 +62,17 @@ void add(CLI::App& zrad) {
                   "without a terminal, how long to wait for each answer (default 30)")
       ->type_name("SECONDS")
       ->check(CLI::Range(1, 24 * 3600));
+  cmd->add_option("--pass-file", passFile,
+                  "file whose first line is the pass phrase to log in with (for a service started "
+                  "with --pass-file)")
+      ->type_name("FILE");
   cmd->footer(
       "HELP lists the commands; on a terminal Ctrl-C stops waiting and Ctrl-D leaves. Without a\n"
       "terminal it runs one command a line and fails (1) when the connection fails or breaks, an\n"
       "answer does not come in time or a line is refused. Commands work in the current directory:\n"
       "DOWN stores there, and so does the service that --local starts.\n"
-      "The service has no authentication: whoever reaches it can read, write and delete the files\n"
-      "of the user it runs as.");
+      "Unless it was started with --pass-file, the service has no authentication: whoever reaches\n"
+      "it can read, write and delete the files of the user it runs as.");
   onRun(cmd, run);
 }
 

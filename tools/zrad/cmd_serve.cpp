@@ -13,6 +13,7 @@
 #include <zrad/remotedebug.h>
 
 #include "command.h"
+#include "console/passphrase.h"
 #include "console/service.h"
 
 using namespace zradtool;
@@ -23,6 +24,9 @@ constexpr long kWatchIntervalNs = 50 * 1000 * 1000;
 
 unsigned port = 6666;
 std::string address = "127.0.0.1";
+std::string passFile;
+std::string rootDir;
+int maxClients = 0;
 
 // The command conversation, logging each command it serves.
 class LoggedCommand : public CNetCommand {
@@ -69,10 +73,30 @@ void serveUntilSignalled(const RvRemoteDebugService& service, const sigset_t& st
   }
 }
 
+// The opt-in protections the options ask for; false with the cause in `error`.
+bool applyProtections(RvRemoteDebugService& service, std::string& error) {
+  RvServiceProtections protections;
+  if (!passFile.empty()) {
+    std::string phrase;
+    if (!readPassPhrase(passFile, phrase, error)) return false;
+    protections.passVerifier = RvRemoteDebugService::passVerifierOf(ZrUtf8String(phrase.c_str()));
+  }
+  protections.rootDir = ZrUtf8String(rootDir.c_str());
+  protections.maxClients = maxClients;
+  if (!service.setProtections(protections)) {
+    error = "cannot serve beneath " + rootDir + ": not a directory";
+    return false;
+  }
+  return true;
+}
+
 int run() {
-  char* cwd = getcwd(nullptr, 0);
-  if (cwd) CNetCommand::setCurrentDir(ZrString(ZrUtf8String(cwd)));
-  std::free(cwd);
+  // Beneath a root, paths start at the root itself; otherwise commands work where serve started.
+  if (rootDir.empty()) {
+    char* cwd = getcwd(nullptr, 0);
+    if (cwd) CNetCommand::setCurrentDir(ZrString(ZrUtf8String(cwd)));
+    std::free(cwd);
+  }
 
   // Blocked before the service starts its threads, so only sigtimedwait takes these.
   sigset_t stopSignals;
@@ -83,12 +107,16 @@ int run() {
 
   ZrSmartPtr<LoggedService> service = ZrRxObjectImpl<LoggedService>::createObject();
   std::string error;
+  if (!applyProtections(*service, error)) return fail(error);
   if (!startService(*service, address, port, error)) return fail(error);
   std::fprintf(stderr, "zrad serve: listening on %s:%u\n", address.c_str(), service->getPort());
   if (!isLoopbackAddress(address))
     std::fprintf(stderr,
-                 "zrad serve: warning: listening beyond loopback; every peer can read, write and "
-                 "delete this user's files (the service has no authentication)\n");
+                 "zrad serve: warning: listening beyond loopback; every peer%s can read, write "
+                 "and delete %s\n",
+                 passFile.empty() ? "" : " that knows the pass phrase",
+                 rootDir.empty() ? "this user's files (the service has no authentication)"
+                                 : "the files beneath the root");
   serveUntilSignalled(*service, stopSignals);
   service->Disconect();
   std::fprintf(stderr, "zrad serve: stopped\n");
@@ -104,10 +132,22 @@ void add(CLI::App& zrad) {
       ->check(CLI::Range(0, 65535));
   cmd->add_option("--bind", address, "dotted IPv4 address to listen on (default 127.0.0.1)")
       ->type_name("ADDR");
+  cmd->add_option("--pass-file", passFile,
+                  "file whose first line is the pass phrase that CHECKPASS must give before any "
+                  "other command is served")
+      ->type_name("FILE");
+  cmd->add_option("--root", rootDir,
+                  "directory the file commands cannot leave (\"..\", absolute paths and links "
+                  "leading out are refused)")
+      ->type_name("DIR");
+  cmd->add_option("--max-clients", maxClients, "connections served at once (default: no limit)")
+      ->type_name("N")
+      ->check(CLI::Range(0, 1 << 20));
   cmd->footer(
-      "Commands work in the current directory. The service has no authentication: whoever\n"
-      "reaches it can read, write and delete the files of the user it runs as, so it listens\n"
-      "on loopback unless --bind says otherwise (0.0.0.0: every network), and warns then.");
+      "Commands work in the current directory. Without --pass-file the service has no\n"
+      "authentication: whoever reaches it can read, write and delete the files of the user it\n"
+      "runs as, so it listens on loopback unless --bind says otherwise (0.0.0.0: every\n"
+      "network), and warns then.");
   onRun(cmd, run);
 }
 

@@ -14,7 +14,7 @@ std::string answerText(const ZrString& text) {
 }
 
 bool AnswerPrinter::inputPassPhrase(ZrString& passPhrase) {
-  passPhrase = ZrString();
+  passPhrase = ZrString(ZrUtf8String(m_passPhrase.c_str()));
   return true;
 }
 

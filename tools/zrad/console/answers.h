@@ -16,13 +16,16 @@ std::string answerText(const ZrString& text);
 // finished, to `write`, which must be safe to call from that thread.
 class AnswerPrinter : public NetCommandClientCallBack {
  public:
-  explicit AnswerPrinter(std::function<void(const std::string&)> write) : m_write(std::move(write)) {}
-  // The service checks no pass phrase, so an empty one is given without asking.
+  AnswerPrinter(std::function<void(const std::string&)> write, std::string passPhrase = {})
+      : m_write(std::move(write)), m_passPhrase(std::move(passPhrase)) {}
+  // Gives the phrase it was made with without asking (empty unless --pass-file named one: a
+  // service without a pass check accepts any).
   bool inputPassPhrase(ZrString& passPhrase) override;
   bool showText(const ZrString& word, const ZrString& text) override;
 
  private:
   std::function<void(const std::string&)> m_write;
+  std::string m_passPhrase;
 };
 
 }  // namespace zradtool
