@@ -5,5 +5,6 @@
 #include "files.h"
 #include "json.h"
 #include "log.h"
+#include "shape.h"
 #include "system.h"
 #include "text.h"
