@@ -185,12 +185,12 @@ class ZRAD_EXPORT ZrGraphicsPath : public ZrRxObject {
  public:
   ZR_RX_DECLARE_MEMBERS(ZrGraphicsPath);
 
-  static const int kMove = int(0x80000000u);
-  static const int kLine = 0x10000000;
-  static const int kArc = 0x20000000;    // through, end
-  static const int kCubic = 0x30000000;  // control, control, end
-  static const int kQuad = 0x40000000;   // control, end
-  static const int kClose = int(0x90000000u);
+  static constexpr int kMove = int(0x80000000u);
+  static constexpr int kLine = 0x10000000;
+  static constexpr int kArc = 0x20000000;    // through, end
+  static constexpr int kCubic = 0x30000000;  // control, control, end
+  static constexpr int kQuad = 0x40000000;   // control, end
+  static constexpr int kClose = int(0x90000000u);
 
   // A new empty path with one reference.
   static ZrSmartPtr<ZrGraphicsPath> createObject();

@@ -39,7 +39,7 @@ void CMemoryStreamWithDC::record(char tag, const uint32_t* values, int count) {
   if (!m_stream) return;
   uint8_t bytes[1 + 6 * sizeof(uint32_t)];
   bytes[0] = uint8_t(tag);
-  std::memcpy(bytes + 1, values, sizeof(uint32_t) * size_t(count));
+  if (count > 0) std::memcpy(bytes + 1, values, sizeof(uint32_t) * size_t(count));
   m_stream->putBytes(bytes, 1 + uint32_t(sizeof(uint32_t) * size_t(count)));
 }
 
