@@ -3,8 +3,11 @@
 
 #include "crypto.h"
 #include "files.h"
+#include "image.h"
 #include "json.h"
 #include "log.h"
+#include "remotedebug.h"
 #include "shape.h"
 #include "system.h"
 #include "text.h"
+#include "xml.h"

@@ -1,0 +1,233 @@
+// The XML filer and its nodes over tinyxml2: the one source of the library that includes it.
+//
+// Ownership: the filer owns the parsed document and holds the root node; every node holds its
+// parent and the children it handed out (its cache). Those two links form cycles, so the
+// filer's destructor detaches the whole node tree: caches are emptied and elements forgotten,
+// after which nodes still held elsewhere are plain empty nodes freed with their last reference.
+// The parser refuses documents nested more than 98 elements deep (its depth count, capped at
+// TINYXML2_MAX_ELEMENT_DEPTH = 100, includes the document itself), which bounds every recursion
+// here, the detaching included.
+#include <zrad/files.h>
+#include <zrad/xml.h>
+
+#include <tinyxml2.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "xml/regularfile_posix.h"
+
+using tinyxml2::XMLElement;
+
+ZR_RX_DEFINE_MEMBERS(ZrsiPwUtXmlNode, ZrRxObject, L"ZrsiPwUtXmlNode")
+ZR_RX_DEFINE_MEMBERS(ZrsiPwUtXmlFiler, ZrRxObject, L"ZrsiPwUtXmlFiler")
+
+namespace {
+
+// The opaque element handle of the exported header is the parser's element.
+XMLElement* toXml(ZrsiXmlElement* element) { return reinterpret_cast<XMLElement*>(element); }
+ZrsiXmlElement* toHandle(XMLElement* element) { return reinterpret_cast<ZrsiXmlElement*>(element); }
+
+// The parser compares C strings: a name holding a 0 byte would match its own prefix.
+bool holdsNul(const ZrUtf8String& text) {
+  return std::strlen(text.c_str()) != static_cast<size_t>(text.length());
+}
+
+bool sameNameIgnoringCase(const XMLElement* element, const ZrUtf8String& name) {
+  const char* tag = element->Name();
+  return tag && Zr_stricmpA(tag, name.c_str()) == 0;
+}
+
+}  // namespace
+
+class ZrsiXmlNodeImpl : public ZrsiPwUtXmlNode {
+ public:
+  ZR_RX_DECLARE_MEMBERS(ZrsiXmlNodeImpl);
+
+  // A new node (count 1) for `element`, holding `parent`.
+  static ZrSmartPtr<ZrsiXmlNodeImpl> make(XMLElement* element, ZrsiPwUtXmlNode* parent,
+                                          ZrsiPwUtXmlFiler* filer) {
+    ZrSmartPtr<ZrsiXmlNodeImpl> node = ZrRxObjectImpl<ZrsiXmlNodeImpl>::createObject();
+    node->setParent(parent);
+    node->setFiler(filer);
+    node->setElement(toHandle(element));
+    return node;
+  }
+
+  ZrUtf8String name() const override {
+    return m_element ? ZrUtf8String(m_element->Name()) : ZrUtf8String();
+  }
+  bool setName(const ZrUtf8String&) override { return false; }
+
+  ZrUtf8String text() const override {
+    const tinyxml2::XMLNode* first = m_element ? m_element->FirstChild() : nullptr;
+    const tinyxml2::XMLText* text = first ? first->ToText() : nullptr;
+    return text ? ZrUtf8String(text->Value()) : ZrUtf8String();
+  }
+  bool setText(const ZrUtf8String&) override { return false; }
+
+  bool getAttribute(const ZrUtf8String& name, ZrUtf8String& value) const override {
+    if (!m_element || holdsNul(name)) return false;
+    const char* found = m_element->Attribute(name.c_str());
+    if (!found) return false;
+    value = ZrUtf8String(found);
+    return true;
+  }
+  bool setAttribute(const ZrUtf8String&, const ZrUtf8String&) override { return false; }
+
+  ZrSmartPtr<ZrsiPwUtXmlNode> parent() const override { return m_parent; }
+
+  unsigned childCount() const override {
+    unsigned count = 0;
+    for (const XMLElement* e = firstChild(); e; e = e->NextSiblingElement()) ++count;
+    return count;
+  }
+
+  ZrSmartPtr<ZrsiPwUtXmlNode> child(unsigned index) override {
+    if (index < m_cache.size()) return m_cache[index];
+    // Resume from the previous index walk when it stopped short of `index`: a loop over all
+    // children then costs one pass instead of a quadratic number of steps.
+    XMLElement* e = firstChild();
+    unsigned at = 0;
+    if (m_walked && m_walkedIndex <= index) {
+      e = m_walked;
+      at = m_walkedIndex;
+    }
+    for (; e && at < index; ++at) e = e->NextSiblingElement();
+    if (!e) return nullptr;
+    m_walked = e;
+    m_walkedIndex = index;
+    return adopt(e);
+  }
+
+  ZrSmartPtr<ZrsiPwUtXmlNode> child(const ZrUtf8String& name) override {
+    if (name.isEmpty() || holdsNul(name)) return nullptr;
+    for (const ZrSmartPtr<ZrsiXmlNodeImpl>& cached : m_cache)
+      if (cached->m_element && sameNameIgnoringCase(cached->m_element, name)) return cached;
+    for (XMLElement* e = firstChild(); e; e = e->NextSiblingElement())
+      if (sameNameIgnoringCase(e, name)) return adopt(e);
+    return nullptr;
+  }
+
+  void setParent(ZrsiPwUtXmlNode* node) override { m_parent = ZrSmartPtr<ZrsiPwUtXmlNode>(node); }
+  void setFiler(ZrsiPwUtXmlFiler* filer) override { m_filer = filer; }
+  void setElement(ZrsiXmlElement* element) override {
+    m_element = toXml(element);
+    m_walked = nullptr;
+  }
+
+  // Lets go of the children handed out and of the element, in this node and below (see the
+  // head of this file).
+  void detach() {
+    for (const ZrSmartPtr<ZrsiXmlNodeImpl>& cached : m_cache) cached->detach();
+    m_cache.clear();
+    setElement(nullptr);
+    m_filer = nullptr;
+  }
+
+  const XMLElement* element() const { return m_element; }
+
+ private:
+  XMLElement* firstChild() const { return m_element ? m_element->FirstChildElement() : nullptr; }
+
+  ZrSmartPtr<ZrsiPwUtXmlNode> adopt(XMLElement* element) {
+    m_cache.push_back(make(element, this, m_filer));
+    return m_cache.back();
+  }
+
+  XMLElement* m_element = nullptr;
+  ZrsiPwUtXmlFiler* m_filer = nullptr;
+  std::vector<ZrSmartPtr<ZrsiXmlNodeImpl>> m_cache;
+  ZrSmartPtr<ZrsiPwUtXmlNode> m_parent;
+  XMLElement* m_walked = nullptr;  // where the last child(index) walk stopped, and its index
+  unsigned m_walkedIndex = 0;
+};
+
+ZR_RX_DEFINE_MEMBERS(ZrsiXmlNodeImpl, ZrsiPwUtXmlNode, L"ZrsiXmlNodeImpl")
+
+class ZrsiXmlFilerImpl : public ZrsiPwUtXmlFiler {
+ public:
+  ZR_RX_DECLARE_MEMBERS(ZrsiXmlFilerImpl);
+
+  ~ZrsiXmlFilerImpl() override {
+    if (m_root) m_root->detach();
+  }
+
+  bool load(const ZrUtf8String& path) override {
+    try {
+      return loadFile(path);
+    } catch (...) {
+      m_document.Clear();
+      return refuse("out of memory or another failure while parsing");
+    }
+  }
+
+  ZrSmartPtr<ZrsiPwUtXmlNode> rootNode() override {
+    if (!m_root) {
+      XMLElement* first = m_document.FirstChildElement();
+      if (!first) return nullptr;
+      m_root = ZrsiXmlNodeImpl::make(first, nullptr, this);
+    }
+    return m_root;
+  }
+
+  const std::string& loadError(int& line) const {
+    line = m_errorLine;
+    return m_error;
+  }
+
+ private:
+  bool loadFile(const ZrUtf8String& path) {
+    m_error.clear();
+    m_errorLine = 0;
+    // The nodes handed out point into the present document: it must stay as it is.
+    if (m_root) return refuse("a root node was already handed out");
+    m_document.Clear();
+    if (path.isEmpty() || !zrutIsExistFile(path)) return refuse("no such file");
+    std::string whyNot;
+    FILE* file = zrad::xml::openRegularFile(path.c_str(), whyNot);
+    if (!file) return refuse(whyNot);
+    tinyxml2::XMLError status = m_document.LoadFile(file);
+    std::fclose(file);
+    if (status == tinyxml2::XML_SUCCESS) return true;
+    m_error = m_document.ErrorName();
+    m_errorLine = m_document.ErrorLineNum();
+    m_document.Clear();
+    return false;
+  }
+
+  bool refuse(std::string why) {
+    m_error = std::move(why);
+    return false;
+  }
+
+  tinyxml2::XMLDocument m_document;  // entities processed, white space preserved
+  ZrSmartPtr<ZrsiXmlNodeImpl> m_root;
+  std::string m_error;  // why the last load failed, and the parser's line for a parse error
+  int m_errorLine = 0;
+};
+
+ZR_RX_DEFINE_MEMBERS(ZrsiXmlFilerImpl, ZrsiPwUtXmlFiler, L"ZrsiXmlFilerImpl")
+
+ZrSmartPtr<ZrsiPwUtXmlFiler> createPwutXmlFiler() {
+  ZrSmartPtr<ZrsiXmlFilerImpl> filer = ZrRxObjectImpl<ZrsiXmlFilerImpl>::createObject();
+  // Through the class query, as for any object handed out as an interface.
+  return ZrSmartPtr<ZrsiPwUtXmlFiler>(static_cast<ZrRxObject*>(filer.get()));
+}
+
+ZrUtf8String zrutXmlLoadError(const ZrsiPwUtXmlFiler* filer, int& line) {
+  line = 0;
+  ZrRxObject* impl = filer ? filer->queryX(ZrsiXmlFilerImpl::desc()) : nullptr;
+  return impl ? ZrUtf8String(static_cast<ZrsiXmlFilerImpl*>(impl)->loadError(line)) : ZrUtf8String();
+}
+
+ZrArray<ZrUtf8String> zrutXmlAttributeNames(const ZrsiPwUtXmlNode* node) {
+  ZrArray<ZrUtf8String> names;
+  ZrRxObject* impl = node ? node->queryX(ZrsiXmlNodeImpl::desc()) : nullptr;
+  const XMLElement* element = impl ? static_cast<ZrsiXmlNodeImpl*>(impl)->element() : nullptr;
+  if (!element) return names;
+  for (const tinyxml2::XMLAttribute* a = element->FirstAttribute(); a; a = a->Next())
+    names.append(ZrUtf8String(a->Name()));
+  return names;
+}
