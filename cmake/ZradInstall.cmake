@@ -6,6 +6,10 @@ set_target_properties(zradutils PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS zradplatform zradutils EXPORT zradutilsTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# The "ZrRaster" module lies beside the library, where zrutSaveImage looks for it first.
+if(TARGET ZrRaster)
+  install(TARGETS ZrRaster LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
 install(DIRECTORY include/zrad platform/include/zrplatform
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 

@@ -5,7 +5,10 @@
 #   zrad_add_test(json SOURCES a_test.cpp ... [LIBS ...])
 #     test_json, linked with the objects of json and everything it depends on, run by ctest
 #   zrad_add_bench(json_bench SOURCES ... [LIBS ...])   Google Benchmark program on libzradutils
-#   zrad_add_fuzz(json_text SOURCES ... SUBSYSTEMS json)  libFuzzer target
+#   zrad_add_fuzz(json_text SOURCES ... SUBSYSTEMS json)  libFuzzer target fuzz_json_text; in
+#     test builds instead a program replay_json_text that runs the seed corpus
+#     fuzz/<family>/corpus/json_text/ and the kept inputs tests/data/<family>/json_text/
+#     through the same entry point, as the test fuzz_json_text
 #   zrad_add_family_dirs()  adds every subdirectory of the current one that has a CMakeLists.txt
 
 function(zrad_add_subsystem name)
@@ -66,11 +69,25 @@ endfunction()
 
 function(zrad_add_fuzz name)
   cmake_parse_arguments(ARG "" "" "SOURCES;SUBSYSTEMS;LIBS" ${ARGN})
-  add_executable(fuzz_${name} ${ARG_SOURCES})
-  target_compile_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
-  target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
-  _zrad_link_subsystems(fuzz_${name} ${ARG_SUBSYSTEMS})
-  target_link_libraries(fuzz_${name} PRIVATE ${ARG_LIBS})
+  foreach(sub IN LISTS ARG_SUBSYSTEMS)
+    if(NOT TARGET zradutils_${sub})
+      return()  # a subsystem left out of this build
+    endif()
+  endforeach()
+  if(ZRAD_FUZZ)
+    set(target fuzz_${name})
+    add_executable(${target} ${ARG_SOURCES})
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer)
+    target_link_options(${target} PRIVATE -fsanitize=fuzzer)
+  else()
+    set(target replay_${name})
+    add_executable(${target} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp)
+    get_filename_component(family ${CMAKE_CURRENT_SOURCE_DIR} NAME)
+    add_test(NAME fuzz_${name} COMMAND ${target} ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name}
+             ${PROJECT_SOURCE_DIR}/tests/data/${family}/${name})
+  endif()
+  _zrad_link_subsystems(${target} ${ARG_SUBSYSTEMS})
+  target_link_libraries(${target} PRIVATE ${ARG_LIBS})
 endfunction()
 
 function(zrad_add_family_dirs)

@@ -5,15 +5,19 @@
 // ZrJson the handle with file and stream operations. Slash-separated property paths, path
 // variables and typed accessors (GetData*/SetData*) address values deep in a tree.
 //
-// Nesting limit: readers (JSON text and binary) refuse input nested deeper than 1000 containers
-// (ZrJsonMaxDepth) before any recursion can run away, and the writers refuse trees deeper than
-// that. Every recursive walk of the tree (writing, streaming, cloning, comparing) is bounded by
-// the limit, so a tree at the limit is handled on a thread with a 1 MiB stack; destruction does
-// not recurse at all.
+// Depth: no walk of a tree recurses. Reading (JSON text and binary), writing, cloning,
+// comparing and destroying work at any depth with memory in proportion to the depth; trees of
+// other element classes go through the same walks, through their virtual getters. A tree that
+// contains itself cannot be written, cloned or compared: the writers refuse it (false, logged),
+// clone gives null, bEqual false.
 //
-// Hostile numbers: the JSON readers refuse a text holding a number whose exponent has more than
-// 8 digits (and, in texts of 128 MiB or more, one with more than 100 million digits), since the
-// parser's exponent arithmetic would overflow on it:  [1e-000000001] => parse error.
+// Hostile numbers: a negative exponent too long for the parser's arithmetic is read as the
+// equivalent short one, which gives the value a correct parser gives:
+//   [1e-000000001] => 0.1      [1.5e-2147483639] => 0.0
+// Only a number of more than 100 million digits is refused.
+//
+// Out of memory: the platform's ZrError(eOutOfMemory) is the one exception any operation lets
+// out; the file and stream writers answer false instead.
 //
 // The virtual operations are declared in a fixed slot order that other modules call through:
 // never reorder them or insert new ones between them.
@@ -47,9 +51,6 @@ enum ZrElementType : int {
   etNullFlag = 0x1000,
   etReadOnlyFlag = 0x2000,
 };
-
-// Deepest container nesting the readers accept and the writers produce.
-constexpr int ZrJsonMaxDepth = 1000;
 
 // Counted handle to an element, or null. Walking never creates anything: a miss gives null.
 //   ZrJsonPtr()("x")       => null handle
@@ -188,6 +189,10 @@ class ZRAD_EXPORT IElementValueBase {
   // Index of the first item that is the same element as `value`; -1 when none.
   virtual int get_array_index(const ZrJsonPtr& value) const;
   // Appends the binary form (no 0xE0 signature) to `stream`; platform stream errors propagate.
+  // Every element of the tree, of whatever class, is written from its getters in one walk (an
+  // override of this slot is called only for the element it is called on). Nothing is written
+  // (logged) for a tree the reader could not read back: a text of 2 GiB or more, or a tree
+  // that contains itself.
   virtual void writeBinary(ZrSmartPtr<ZrStreamBuf> stream);
   // Merges a copy of `value` into the property `name` of a writable Object; `value` itself is
   // never shared. True when everything merged; false for another kind, a null `value`, or any
@@ -205,8 +210,7 @@ class ZRAD_EXPORT IElementValueBase {
   virtual void copySubProperty(const ZrJsonPtr& source, bool deep);
   // Deep copy; read-only elements are shared, not copied. A byte block gets its own copy of the
   // bytes; owned pointers and kind 0x42 are copied with a zero value (owned memory is never
-  // shared). Null for a tree nested
-  // deeper than ZrJsonMaxDepth (or one that contains itself).
+  // shared). Null (logged) for a tree that contains itself.
   virtual ZrJsonPtr clone() const;
   // Empties a writable Object or Array; other kinds are left unchanged.
   virtual void clear();
@@ -220,8 +224,8 @@ class ZRAD_EXPORT IElementValueBase {
   // Every byte a digit:  "" => true, "012" => true, "-1" => false, "1.5" => false
   static bool isNumber(const ZrUtf8String& text);
   // Compact JSON text (no white space). Names of read-only values get a leading "*"; None and
-  // null elements are written as []; doubles as "%lf", integers as "%ld". Empty when the tree
-  // is nested deeper than ZrJsonMaxDepth.
+  // null elements are written as []; doubles as "%lf", integers as "%ld". Empty (logged) for a
+  // tree that contains itself.
   //   {"b":1,"a":0.1} => {"a":0.100000,"b":1}
   //   {"*r":1,"a":2}  => {"a":2,"*r":1}   (names sort without the "*": it marks the value)
   ZrUtf8String writeJson() const;
@@ -281,12 +285,11 @@ class ZRAD_EXPORT IElementValueBase {
   ZrJsonPtr set_property_point3d(const ZrUtf8String& name, const ZrGePoint3d& p, bool readOnly);
   // Equal content. Array order is ignored and items are not paired off; an Integer never
   // equals a Double, a Time nothing; two None or null elements are equal. False for a null
-  // handle or trees nested deeper than ZrJsonMaxDepth.
+  // handle or a tree that contains itself.
   //   [1,1,2] vs [1,2,2] => true      {"a":1} vs {"a":1.0} => false
   bool bEqual(const ZrJsonPtr& other) const;
 
  private:
-  friend struct ElementAccess;
   std::atomic<uint32_t> m_refCount{1};
 };
 
@@ -354,25 +357,14 @@ class ZRAD_EXPORT ElementValue : public IElementValueBase {
   int remove_array_item(const ZrJsonPtr& value);
   // Placeholder kept in the interface: always null.
   ZrJsonPtr queryArrayItemByItemProperty(const ZrUtf8String& name, const ZrUtf8String& value);
-  // Fills this element from a RapidJSON value (a `const rapidjson::Value*`); false when the
-  // value is nested deeper than ZrJsonMaxDepth.
-  bool readJson(const void* value);
   // Replaces the content by the next encoded element of `stream` (no signature byte) and
   // leaves the stream just after it. False, with the element and the stream position
-  // unchanged, when the stream ends early, claims more items or bytes than it holds, or nests
-  // deeper than ZrJsonMaxDepth.
+  // unchanged, when the stream ends early or claims more items or bytes than it holds.
   bool readBinary(ZrSmartPtr<ZrStreamBuf> stream);
 
-  // Elements come from a per-thread pool of fixed-size blocks.
-  static void* operator new(size_t size);
-  static void operator delete(void* block, size_t size);
-
-  // Internal to the element tree: direct access to the fields for its readers and writers.
-  friend struct ElementAccess;
-
- private:
-  ElementValue() = default;
-
+ protected:
+  // The element's words belong to the library's own readers and writers; nothing outside it
+  // may rely on their layout.
   uint32_t m_type = etNullFlag;
   union {
     uint64_t u;
@@ -380,7 +372,18 @@ class ZRAD_EXPORT ElementValue : public IElementValueBase {
     double d;
     void* p;
   } m_value{0};
-  uint64_t m_second = 0;
+  // The data of a byte block, or the last bytes of a short String's text; zero otherwise.
+  union {
+    uint64_t word;
+    void* byteBlock;
+    char textTail[8];
+  } m_second{0};
+
+  // A new element with a count of 1 and the type word `type`, nothing initialised.
+  static ElementValue* make(uint32_t type);
+
+ private:
+  ElementValue() = default;
 };
 
 // A handle with the file and stream operations. A reader on a null handle first makes it a new

@@ -26,10 +26,8 @@
 //   zrutIsDouble("-.5")           => true
 //   zrutIsDouble("5.")            => false
 //   zrutIsDouble("1e5")           => false   (no exponent)
-// Texts longer than kMaxNumberTestLength code units are not numbers (false): the matcher
-// recurses once per character, and the bound keeps its stack within a small thread's reach
-// while every ftos() text (317 characters at most) still passes.
-constexpr int kMaxNumberTestLength = 512;
+// Any length is tested (one pass over the text). White space is the C locale's: space, \t, \n,
+// \v, \f and \r, whatever locale the process has chosen.
 ZRAD_EXPORT bool zrutIsLong(const ZrString& text);
 ZRAD_EXPORT bool zrutIsLong(const ZrUtf8String& text);
 ZRAD_EXPORT bool zrutIsUnsignedDigit(const ZrString& text);
@@ -131,7 +129,9 @@ ZRAD_EXPORT uint64_t zrutCurrentThreadId();
 //     a letter is taken as one) followed by a day "#"/"##" and then a year "####",
 //   any other token holding "+", read as a whole number of days on ("+2" => two days on).
 // A text that is one token of none of these kinds is a count of days since 1970-01-01, which
-// may be fractional. Missing fields default to 1970-01-01 00:00:00.
+// may be fractional. Missing fields default to 1970-01-01 00:00:00. A text with a field that
+// does not fit an int, or whose date timegm cannot represent, gives 0 (no time), like a result
+// beyond the 64-bit range.
 //   ""                      => 0
 //   "2020-01-02 03:04:05"   => 1577934245
 //   "20-1-2"                => 1577923200
@@ -142,4 +142,8 @@ ZRAD_EXPORT uint64_t zrutCurrentThreadId();
 //   "1.5"                   => 129600
 //   "2020-01"               => 0         (a date needs three fields)
 //   "1e300"                 => 0         (beyond the 64-bit range)
+//   "1/2147483648/1"        => 0         (a month beyond an int)
+//   "99999999999999999999-1-1" => 0      (a year beyond an int)
+//   "2147485547-13-1"       => 0         (a year timegm cannot represent)
+//   "1969-12-31 23:59:59"   => -1
 ZRAD_EXPORT int64_t zrutStrToTime(const ZrUtf8String& text);

@@ -3,8 +3,10 @@
 
 #include "crypto.h"
 #include "files.h"
+#include "image.h"
 #include "json.h"
 #include "log.h"
+#include "remotedebug.h"
 #include "system.h"
 #include "text.h"
 #include "xml.h"

@@ -1,4 +1,6 @@
 // File streams over stdio and the system services that open them.
+//
+// Writes are buffered; flush() reports whether the system took them.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -48,8 +50,14 @@ class FileStream : public ZrStreamBuf {
     if (n && std::fwrite(buf, 1, n, m_file) != n) throw ZrError(Zrad::eFileWriteError);
   }
   void truncate() override {
-    std::fflush(m_file);
+    flush();
     if (ftruncate(fileno(m_file), ftello(m_file)) != 0) throw ZrError(Zrad::eFileWriteError);
+  }
+  // Closing a duplicate descriptor runs the file system's close-time checks (the ones that
+  // report delayed write errors) while the stream stays open.
+  void flush() override {
+    int copy = std::fflush(m_file) == 0 ? dup(fileno(m_file)) : -1;
+    if (copy < 0 || close(copy) != 0) throw ZrError(Zrad::eFileWriteError);
   }
 
  private:

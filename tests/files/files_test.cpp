@@ -272,6 +272,39 @@ TEST(CopyFile, BareDestinationCopiesNothingButMoveKeepsTheBytes) {
   ASSERT_EQ(chdir(cwd), 0);
 }
 
+TEST(CopyFile, KeepsTheHolesOfASparseFile) {
+  TestDir dir;
+  const off_t kGiB = off_t(1) << 30, size = 4 * kGiB;
+  std::string source = dir / "sparse", copy = dir / "sub/copy";
+  int fd = open(source.c_str(), O_WRONLY | O_CREAT, 0600);
+  ASSERT_GE(fd, 0);
+  // Data at the start and in the middle; the file ends in a hole.
+  const struct { off_t at; std::string bytes; } pieces[] = {{0, "head"}, {2 * kGiB + 5, "middle"}};
+  for (const auto& piece : pieces)
+    ASSERT_EQ(pwrite(fd, piece.bytes.data(), piece.bytes.size(), piece.at), ssize_t(piece.bytes.size()));
+  ASSERT_EQ(ftruncate(fd, size), 0);
+  close(fd);
+  struct stat st;
+  ASSERT_EQ(stat(source.c_str(), &st), 0);
+  if (st.st_blocks * 512 >= size) GTEST_SKIP() << "the file system keeps no holes";
+
+  ASSERT_TRUE(zrutCopyFile(source.c_str(), copy.c_str()));
+  struct stat copied;
+  ASSERT_EQ(stat(copy.c_str(), &copied), 0);
+  EXPECT_EQ(copied.st_size, size);
+  EXPECT_LE(copied.st_blocks, st.st_blocks + 64) << "holes were written out";
+  fd = open(copy.c_str(), O_RDONLY);
+  for (const auto& piece : pieces) {
+    std::string read(piece.bytes.size() + 1, '?');
+    ASSERT_EQ(pread(fd, &read[0], read.size(), piece.at), ssize_t(read.size()));
+    EXPECT_EQ(read, piece.bytes + '\0');
+  }
+  char last = 'x';
+  EXPECT_EQ(pread(fd, &last, 1, size - 1), 1);
+  EXPECT_EQ(last, 0);
+  close(fd);
+}
+
 TEST(CopyFile, BufferedFallbackCopiesPipesAndFailsOnAFullDisk) {
   TestDir dir;
   int fds[2];
@@ -286,8 +319,11 @@ TEST(CopyFile, BufferedFallbackCopiesPipesAndFailsOnAFullDisk) {
   int full = open("/dev/full", O_WRONLY), from = open((dir / "out").c_str(), O_RDONLY);
   ASSERT_GE(full, 0);
   EXPECT_FALSE(zrad::files::copyBytesBuffered(from, full));
+  ASSERT_EQ(lseek(from, 0, SEEK_SET), 0);
+  EXPECT_FALSE(zrad::files::copyBytes(from, full));
   close(full);
   close(from);
+  EXPECT_FALSE(zrutWriteContentToFile("/dev/full", "bytes", 0));
 }
 
 TEST(CopyPath, CopiesTreesWithLinksAndRefusesItself) {

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <time.h>
 
+#include <regex>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -19,6 +20,8 @@
 #include <zrad/text.h>
 
 #include "common/testdir.h"
+#include "files/numberpatterns.h"
+#include "files/pathtext.h"
 
 namespace {
 
@@ -73,10 +76,15 @@ TEST(PathText, CombinePath) {
             [](const Row& r) { return zrutCombinePath(r.a, r.b); });
   checkRows("combineW", {{"", "x", "x"}, {"a", "b", "a/b"}, {"a/", "b/", "a/b/"}, {"a\\", "\\b", "a/\\b"}},
             [](const Row& r) { return zrutCombinePathW(wide(r.a), wide(r.b)); });
+  // The internal joiner and stripper the file operations share.
+  checkRows("child", {{"d", "f", "d/f"}, {"d/", "f", "d/f"}, {"", "f", "f"}, {"/", "f", "/f"}, {"", "/", "/"}},
+            [](const Row& r) { return zrad::files::childPath(r.a, r.b); });
+  checkRows("strip", {{"d/l/", "", "d/l"}, {"d//", "", "d"}, {"/", "", "/"}, {"//", "", "/"}, {"", "", ""}},
+            [](const Row& r) { return zrad::files::withoutTrailingSlashes(ZrUtf8String(r.a)); });
 }
 
 TEST(PathText, NamingParts) {
-  checkBoth("parent", {{"a/b/c/", 0, "a/b/"}, {"a\\b\\c", 0, "a/b/"}, {"/a", 0, "/"}, {"file", 0, ""}, {"/", 0, ""},
+  checkBoth("parent", {{"a/b/c/", 0, "a/b/"}, {"a\\b\\c", 0, "a/b/"}, {"/a", 0, "/"}, {"file", 0, ""}, {"/", 0, ""}, {"//", 0, ""},
                        {"a//", 0, ""}},
             zrutGetParentDir, zrutGetParentDirW);
   checkBoth("name", {{"a\\b.txt", 0, "b.txt"}, {"a/b/", 0, ""}, {"b", 0, "b"}}, zrutGetFileName, zrutGetFileName);
@@ -109,7 +117,7 @@ TEST(PathText, Splitting) {
 TEST(PathText, FormatAndAbsolut) {
   checkRows("format",
             {{"/a/./b/../c", 0, "/a/c"}, {"/a/b/", 0, "/a/b/"}, {"a\\b\\", 0, "ab/"}, {"a/b/c", 0, "ab/c"},
-             {"../x", 0, ""}, {"/", 0, "/"}, {"", 0, ""}, {"/a/..", 0, ""}},
+             {"../x", 0, ""}, {"/", 0, "/"}, {"", 0, ""}, {"/a/..", 0, ""}, {"/.", 0, ""}},
             [](const Row& r) { return zrutFormatPath(r.a); });
   checkRows("absolut",
             {{"c/d", "/a/b", "/a/b/c/d"}, {"../x", "/a/b", "/a/x"}, {"x/", "/a", "/a/x/"}, {"../../..", "/a", ""},
@@ -182,11 +190,41 @@ TEST(Text, NumberTests) {
     return text(int(zrutIsLong(t))) + text(int(zrutIsUnsignedDigit(t))) + text(int(zrutIsDouble(t)));
   });
 
-  // Every printed double passes; the longest accepted text is matched whole, one more is refused.
+  // Every printed double passes, and length changes nothing.
   EXPECT_TRUE(zrutIsDouble(ftos(-1.7976931348623157e308)));
-  std::string digits(kMaxNumberTestLength, '7');
-  EXPECT_TRUE(zrutIsLong(ZrUtf8String(digits)));
-  EXPECT_FALSE(zrutIsUnsignedDigit(ZrUtf8String(digits + "7")));
+  for (size_t length : {513, 100000}) {
+    std::string digits(length, '7');
+    EXPECT_TRUE(zrutIsUnsignedDigit(ZrUtf8String(digits))) << length;
+    EXPECT_TRUE(zrutIsLong(ZrUtf8String(" -" + digits + "\n"))) << length;
+    EXPECT_TRUE(zrutIsDouble(ZrUtf8String(digits + "." + digits))) << length;
+    EXPECT_FALSE(zrutIsDouble(ZrUtf8String(digits + "." + digits + "."))) << length;
+  }
+}
+
+// The automaton against the expressions that define it, on every text of up to five characters
+// over an alphabet that reaches each state.
+TEST(Text, NumberTestsMatchTheirExpressions) {
+  const std::wregex patterns[] = {std::wregex(zrad::files::kLongPattern),
+                                  std::wregex(zrad::files::kUnsignedDigitPattern),
+                                  std::wregex(zrad::files::kDoublePattern)};
+  bool (*const tests[])(const ZrString&) = {zrutIsLong, zrutIsUnsignedDigit, zrutIsDouble};
+  const wchar_t alphabet[] = L" \t+,-.07x";
+  const size_t letters = sizeof alphabet / sizeof *alphabet - 1;
+  std::wstring text;
+  std::vector<size_t> digits;  // text as a number in base `letters`, grown one place at a time
+  for (size_t length = 1; length <= 5; ++length) {
+    digits.assign(length, 0);
+    for (;;) {
+      text.clear();
+      for (size_t d : digits) text += alphabet[d];
+      for (int k = 0; k < 3; ++k)
+        ASSERT_EQ(tests[k](ZrString(text.c_str())), std::regex_match(text, patterns[k]))
+            << "test " << k << " on \"" << ZrUtf8String(ZrString(text.c_str())).str() << '"';
+      size_t place = 0;
+      while (place < length && ++digits[place] == letters) digits[place++] = 0;
+      if (place == length) break;
+    }
+  }
 }
 
 TEST(Text, Conversions) {
@@ -248,7 +286,11 @@ TEST(Text, StrToTime) {
              {"2020-01-02 -1", 0, "1577836800"}, {"2020-01-02 +1", 0, "1578009600"}, {"Jan 2 2020", 0, "1577923200"},
              {"dec 31 1999 23:59:59", 0, "946684799"}, {"Feb 29", 0, "5097600"}, {"1.5", 0, "129600"},
              {"-2", 0, "-172800"},   {"2020-01", 0, "0"},  {"1e300", 0, "0"},  {"12:30:00", 0, "45000"},
-             {"12:30", 0, "0"},      {"2020-01-02 1.5", 0, "1577923200"}},
+             {"12:30", 0, "0"},      {"2020-01-02 1.5", 0, "1577923200"},
+             // Fields beyond an int, and dates timegm cannot give, are 0; -1 is a real time.
+             {"1/2147483648/1", 0, "0"}, {"1/-2147483648/1", 0, "0"}, {"99999999999999999999-1-1", 0, "0"},
+             {"2020-01-02 -99999999999999999999", 0, "0"}, {"1:2:99999999999", 0, "0"},
+             {"1969-12-31 23:59:59", 0, "-1"}, {"2147485547-13-1", 0, "0"}},
             [](const Row& r) { return zrutStrToTime(r.a); });
 }
 

@@ -76,7 +76,12 @@ TEST(Accessors, Setters) {
       {R"({"l":[1]})", EDIT(SetDataS("l/7", "y")), "true", R"({"l":[1,"y"]})"},
       {R"({"l":[]})", EDIT(SetDataJ("l/0", shared)), "true", R"({"l":[[true]]})"},
       {R"({"l":[]})", EDIT(SetDataI("l/0", 1)), "false", R"({"l":[]})"},
-      {"{}", EDIT(SetDataJ("j", ZrJsonPtr())), "false", "{}"},
+      {"{}", EDIT(SetDataJ("j", ZrJsonPtr())), "true", R"({"j":[]})"},
+      {R"({"l":[]})", EDIT(SetDataJ("l/0", ZrJsonPtr())), "true", R"({"l":[[]]})"},
+      // A read-only Array refuses what is appended, and the setter still says true.
+      {R"({"*l":[]})", EDIT(SetDataS("l/0", "x")), "true", R"({"*l":[]})"},
+      {R"({"*l":[]})", EDIT(SetDataSW("l/0", L"x")), "true", R"({"*l":[]})"},
+      {R"({"*l":[]})", EDIT(SetDataJ("l/0", shared)), "true", R"({"*l":[]})"},
       {R"({"*r":1})", EDIT(SetDataI("r", 2)), "true", R"({"*r":1})"},
       {R"({"s":"t"})", EDIT(SetDataI("s/x", 1)), "false", R"({"s":"t"})"},
   });
@@ -159,7 +164,8 @@ TEST(TreeOps, AppendObjects) {
       {R"({"o":{},"s":1})", append("o/p/q"), "{}", R"({"o":{"p":{"q":{}}},"s":1})"},
       {R"({"o":{"p":{"z":1}}})", append("o/p"), R"({"z":1})", R"({"o":{"p":{"z":1}}})"},
       {R"({"s":1})", append("s"), "null", R"({"s":1})"},
-      {R"({"*ro":{}})", append("ro/x"), "null", R"({"*ro":{}})"},
+      // A read-only Object refuses the new Object, which comes back detached.
+      {R"({"*ro":{}})", append("ro/x/y"), "{}", R"({"*ro":{}})"},
       {"[]", append("a"), "null", "[]"},
       {"[]", append("/"), "[]", "[]"},
   });

@@ -14,6 +14,8 @@
 #include <zrad/json.h>
 #include <zrad/log.h>
 
+#include "tree_edit.h"
+
 namespace {
 
 ZrJsonPtr make(int type) { return ElementValue::createObject(type); }
@@ -102,11 +104,6 @@ TEST(ElementKinds, SettersRespectReadOnlyAndStoreTexts) {
   EXPECT_EQ(base.set_valuei(3).get(), &base) << "the base stores nothing but answers itself";
 }
 
-std::vector<std::string> gLogged;
-void captureLog(int level, int, const char* file, const char* function, const char* message, unsigned long) {
-  gLogged.push_back(std::to_string(level) + "|" + file + "|" + function + "|" + message);
-}
-
 TEST(ElementProperties, SetPropertyRulesAndTheLoggedRefusal) {
   ZrJsonPtr o = make(etObject), shared = str("x");
   EXPECT_EQ(o->set_propertyi("a", 1, true)->getType(), etReadOnlyFlag | etInteger);
@@ -115,12 +112,14 @@ TEST(ElementProperties, SetPropertyRulesAndTheLoggedRefusal) {
   EXPECT_EQ(o("s"), shared) << "values are shared, not copied";
 
   // A container that is no writable Object logs its refusal; a read-only value does not.
-  gLogged.clear();
-  zr_attach_log_fun(captureLog);
-  EXPECT_FALSE(o->set_propertyi("a", 2, false)) << "a read-only value refuses replacement";
-  EXPECT_FALSE(make(etArray)->set_property("name", shared));
-  EXPECT_FALSE(make(etReadOnlyFlag | etObject)->set_propertyi("k", 1, false));
-  zr_attach_log_fun(nullptr);
+  std::vector<std::string> gLogged;
+  {
+    jsontest::LogCapture capture;
+    EXPECT_FALSE(o->set_propertyi("a", 2, false)) << "a read-only value refuses replacement";
+    EXPECT_FALSE(make(etArray)->set_property("name", shared));
+    EXPECT_FALSE(make(etReadOnlyFlag | etObject)->set_propertyi("k", 1, false));
+    gLogged = capture.lines();
+  }
   EXPECT_EQ(o("a")->longlongValue(), 1);
   const char* expected[] = {R"(5\|utils/zradjson\|set_property\|set_property\(name\), line:\d+, type:0x1)",
                             R"(5\|utils/zradjson\|set_property\|set_property\(k\), line:\d+, type:0x2002)"};

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <zrad/json.h>
+#include <zrad/log.h>
 
 namespace jsontest {
 
@@ -43,6 +44,25 @@ inline ZrJsonPtr decode(const std::string& bytes) {
   s->rewind();
   return static_cast<ElementValue*>(e.get())->readBinary(ZrStreamBufPtr(s.get())) ? e : ZrJsonPtr();
 }
+
+// Collects the lines logged while it lives, as "level|source|function|message".
+class LogCapture {
+ public:
+  LogCapture() {
+    lines().clear();
+    zr_attach_log_fun(capture);
+  }
+  ~LogCapture() { zr_attach_log_fun(nullptr); }
+  static std::vector<std::string>& lines() {
+    static std::vector<std::string> logged;
+    return logged;
+  }
+
+ private:
+  static void capture(int level, int, const char* file, const char* function, const char* message, unsigned long) {
+    lines().push_back(std::to_string(level) + "|" + file + "|" + function + "|" + message);
+  }
+};
 
 struct EditRow {
   const char* tree;

@@ -2,6 +2,7 @@
 // and the load-time log: inactive until named, three-line file, final open state.
 #include <pthread.h>
 
+#include <chrono>
 #include <ctime>
 #include <map>
 #include <regex>
@@ -37,6 +38,8 @@ void receive(int level, int line, const char* file, const char* function, const 
              unsigned long thread) {
   g_received.push_back({level, line, file, function, message, thread});
 }
+
+void receiveNothing(int, int, const char*, const char*, const char*, unsigned long) {}
 
 // Logs to a file in a fresh directory at the default threshold, with no callback.
 class LogSink : public ::testing::Test {
@@ -141,6 +144,31 @@ TEST_F(LogSink, ThreadsNeverInterleaveInsideALine) {
     EXPECT_EQ(bodies[std::string(200 + 37 * t, static_cast<char>('a' + t))], kLines) << "thread " << t;
 }
 
+TEST_F(LogSink, SettingsChangeWhileThreadsLog) {
+  constexpr int kRounds = 1000;
+  const std::string names[] = {dir / "a.log", dir / "b.log"};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 2; ++t) {
+    threads.emplace_back([&names, t] {
+      for (int i = 0; i < kRounds; ++i) {
+        zr_set_Log_file(names[(i + t) % 2].c_str());
+        zr_set_print_log_level(static_cast<unsigned>(i % 6));
+        zr_attach_log_fun(i % 2 ? nullptr : receiveNothing);
+      }
+    });
+    threads.emplace_back([] {
+      for (int i = 0; i < kRounds; ++i) zr_Log(4, i, "src/t.cpp", "worker", "racing line");
+    });
+  }
+  for (auto& th : threads) th.join();
+  // Every line went whole to one of the files named on the way.
+  size_t whole = 0;
+  for (const std::string& name : {names[0], names[1], file})
+    for (const std::string& line : lines(name))
+      whole += line.size() > 13 && line.compare(line.size() - 13, 13, "} racing line") == 0;
+  EXPECT_EQ(whole, 2u * kRounds);
+}
+
 TEST_F(LogSink, StackDumpAndStackText) {
   zr_attach_log_fun(receive);
   zr_set_print_log_to_file(0);
@@ -178,8 +206,12 @@ TEST(LogTimes, InactiveUntilNamedThenPhasesAndFinalState) {
   times->LogTime(zrLogTimes::kReadDwg, true);
   EXPECT_TRUE(std::regex_match(readFile(file), std::regex("readdwgtime=[0-9]+\nshowdwgtime=\nexitno=\n")));
 
-  times->LogTime(zrLogTimes::kReadDwg, false);  // freezes phase 1
+  // The phase's time runs until the call that clears its flag and is frozen there.
+  std::this_thread::sleep_for(std::chrono::milliseconds(40));
+  times->LogTime(zrLogTimes::kReadDwg, false);
   std::string frozen = lines(file)[0];
+  EXPECT_GE(std::stoi(frozen.substr(frozen.find('=') + 1)), 40) << frozen;
+  std::this_thread::sleep_for(std::chrono::milliseconds(5));
   times->LogTime(zrLogTimes::kShowDwg, true);
   EXPECT_EQ(lines(file)[0], frozen);
 

@@ -224,4 +224,15 @@ TEST(Streams, FileStreamsAndTheirFailures) {
   ZrStreamBufPtr again = zrSystemServices()->createFile(ZrString(ZrString(path)), kFileRead);
   EXPECT_EQ(again->length(), 13u);
   EXPECT_TRUE(zrSystemServices()->accessFile(path, kFileRead));
+  EXPECT_NO_THROW(again->flush());
+
+  // A write the buffer takes but the disk refuses shows at flush.
+  ZrStreamBufPtr full = zrSystemServices()->createFile(ZrUtf8String("/dev/full"), kFileWrite);
+  full->putBytes("abc", 3);
+  try {
+    full->flush();
+    FAIL() << "flush on a full device succeeded";
+  } catch (const ZrError& e) {
+    EXPECT_EQ(e.status(), Zrad::eFileWriteError);
+  }
 }

@@ -5,9 +5,11 @@
 
 namespace zrad::files {
 
-// Copies everything from the read position of `from` to its end into `to`. The kernel copies
-// the bytes itself (copy_file_range) where it can; otherwise they go through a large buffer.
-// False when a read fails or a write writes nothing.
+// Copies everything from the read position of `from` to its end into `to`. Between regular
+// files the holes of a sparse source stay holes (the copy has the same bytes and length, but
+// only the source's data blocks). The kernel copies the bytes itself (copy_file_range) where it
+// can; otherwise they go through a large buffer. False when a read fails or a write writes
+// nothing.
 bool copyBytes(int from, int to);
 
 // The buffered copy on its own (the fallback of copyBytes).

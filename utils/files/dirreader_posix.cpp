@@ -41,20 +41,6 @@ const dirent* readEntry(DIR* dir) {
   return entry;
 }
 
-ZrUtf8String childPath(const ZrUtf8String& directory, const char* name) {
-  if (directory.isEmpty()) return ZrUtf8String(name);
-  ZrUtf8String path(directory);
-  if (path[path.length() - 1] != '/') path += '/';
-  path += name;
-  return path;
-}
-
-ZrUtf8String withoutTrailingSlashes(const ZrUtf8String& path) {
-  int n = path.length();
-  while (n > 1 && path[n - 1] == '/') --n;
-  return path.left(n);
-}
-
 bool isDotOrDotDot(const char* name) {
   return name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0));
 }

@@ -8,8 +8,6 @@
 
 #include <cstdint>
 
-#include <zrplatform/strings.h>
-
 namespace zrad::files {
 
 class DirReader {
@@ -34,15 +32,6 @@ class DirReader {
 // readdir, except that an entry type the file system does not report (DT_UNKNOWN) is filled
 // in from lstat, so callers can trust d_type.
 const dirent* readEntry(DIR* dir);
-
-// The path of entry `name` of `directory`: one "/" between them, none added after a
-// trailing one. Entry names are taken as they are ("\\" is an ordinary byte in them).
-//   ("d", "f") => "d/f"     ("d/", "f") => "d/f"     ("", "f") => "f"
-ZrUtf8String childPath(const ZrUtf8String& directory, const char* name);
-
-// The path without trailing "/" (the root stays "/"), so lstat looks at a link itself.
-//   "d/l/" => "d/l"     "/" => "/"
-ZrUtf8String withoutTrailingSlashes(const ZrUtf8String& path);
 
 // "." or "..".
 bool isDotOrDotDot(const char* name);

@@ -13,9 +13,12 @@
 #include <zrplatform/wildcard.h>
 
 #include "files/dirreader_posix.h"
+#include "files/pathtext.h"
 
+using zrad::files::childPath;
 using zrad::files::DirReader;
 using zrad::files::isDotOrDotDot;
+using zrad::files::withoutTrailingSlashes;
 
 namespace {
 
@@ -139,18 +142,11 @@ int globPathsWith(Matcher match, const ZrUtf8String& directory, const ZrUtf8Stri
   return paths.length();
 }
 
-// `prefix` + "/" + `name`, where an empty prefix is the current directory.
-ZrUtf8String joined(const ZrUtf8String& prefix, const ZrUtf8String& name) {
-  if (prefix.isEmpty()) return name;
-  if (prefix == "/") return "/" + name;
-  return prefix + "/" + name;
-}
-
 // The path made of the first `count` parts of a split path (parts[0] "/" for a rooted one).
 ZrUtf8String prefixOf(const ZrArray<ZrUtf8String>& parts, int count) {
   ZrUtf8String prefix;
   for (int i = 0; i < count; ++i)
-    prefix = parts[i] == "/" && i == 0 ? parts[i] : joined(prefix, parts[i]);
+    prefix = childPath(prefix, parts[i]);
   return prefix;
 }
 
@@ -197,7 +193,7 @@ bool zrutIsExistFileNoCaseSensitive(const ZrUtf8String& path, ZrUtf8String& real
     return true;
   }
   ZrArray<ZrUtf8String> parts;
-  zrutSplitPath(zrad::files::withoutTrailingSlashes(formatted), parts);
+  zrutSplitPath(withoutTrailingSlashes(formatted), parts);
   // Walk up to the longest prefix that exists; the root and the empty prefix (the current
   // directory) always do.
   bool rooted = !parts.isEmpty() && parts[0] == "/";
@@ -207,9 +203,9 @@ bool zrutIsExistFileNoCaseSensitive(const ZrUtf8String& path, ZrUtf8String& real
   // Then down again, taking each component's spelling on disk.
   for (int i = known; i < parts.length(); ++i) {
     ZrUtf8String name = parts[i];
-    if (!zrutIsExistFile(joined(prefix, name)) && !zrutIsExistFileInPathNoCase(prefix, name))
+    if (!zrutIsExistFile(childPath(prefix, name)) && !zrutIsExistFileInPathNoCase(prefix, name))
       return false;
-    prefix = joined(prefix, name);
+    prefix = childPath(prefix, name);
   }
   int last = path.length() - 1;
   if (last >= 0 && (path[last] == '/' || path[last] == '\\') && prefix != "/") prefix += '/';

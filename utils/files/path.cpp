@@ -6,8 +6,10 @@
 
 #include "files/pathtext.h"
 
+using zrad::files::childPath;
 using zrad::files::viaUtf8;
 using zrad::files::withSlashes;
+using zrad::files::withoutTrailingSlashes;
 
 namespace {
 
@@ -21,12 +23,6 @@ bool endsWithSeparator(const Text& text) {
   return !text.isEmpty() && isSeparator(text.str().back());
 }
 
-template <class Text>
-Text stripTrailingSlashes(Text text) {
-  while (!text.isEmpty() && text.str().back() == '/') text.str().pop_back();
-  return text;
-}
-
 // Index of the last "/" or "\", or -1.
 template <class Text>
 int lastSeparator(const Text& text) {
@@ -37,9 +33,10 @@ int lastSeparator(const Text& text) {
 
 template <class Text>
 Text parentDirOf(const Text& path) {
-  Text dir = stripTrailingSlashes(withSlashes(path));
+  Text dir = withoutTrailingSlashes(withSlashes(path));
   int slash = dir.reverseFind('/');
-  return slash < 0 ? Text() : dir.left(slash + 1);
+  // No "/", or only the root's: no parent.
+  return slash < 0 || slash == dir.length() - 1 ? Text() : dir.left(slash + 1);
 }
 
 template <class Text>
@@ -81,7 +78,10 @@ ZrUtf8String resolveOnto(Elements stack, const ZrUtf8String& path) {
   zrutSplitPath(path, elements);
   if (!applyElements(elements, stack) || stack.isEmpty()) return ZrUtf8String();
   ZrUtf8String joined = joinElements(stack);
-  return endsWithSeparator(path) ? joined : stripTrailingSlashes(joined);
+  if (endsWithSeparator(path)) return joined;
+  // The root "/" goes like any trailing "/".
+  ZrUtf8String stripped = withoutTrailingSlashes(joined);
+  return stripped == "/" ? ZrUtf8String() : stripped;
 }
 
 ZrUtf8String repeated(const char* text, int times) {
@@ -119,10 +119,15 @@ bool startsWith(const ZrUtf8String& text, const char* prefix) {
 
 }  // namespace
 
+ZrUtf8String zrad::files::childPath(const ZrUtf8String& directory, const ZrUtf8String& name) {
+  if (directory.isEmpty()) return name;
+  return directory.str().back() == '/' ? directory + name : directory + "/" + name;
+}
+
 ZrUtf8String zrutCombinePath(const ZrUtf8String& base, const ZrUtf8String& name) {
   if (base.isEmpty()) return name;
   bool nameStartsWithBackslash = !name.isEmpty() && name.str().front() == '\\';
-  if (!endsWithSeparator(base)) return nameStartsWithBackslash ? base + name : base + "/" + name;
+  if (!endsWithSeparator(base)) return nameStartsWithBackslash ? base + name : childPath(base, name);
   ZrUtf8String trimmed = base.left(base.length() - 1);
   // The name's last character, not its first, decides whether a "/" goes between.
   if (nameStartsWithBackslash || (!name.isEmpty() && name.str().back() == '/')) return trimmed + name;
@@ -215,7 +220,8 @@ ZrUtf8String zrutAbsolutPath(const ZrUtf8String& relative, const ZrUtf8String& b
 ZrUtf8String zrutRelatePath(const ZrUtf8String& target, const ZrUtf8String& basefile) {
   ZrUtf8String steps = relativeSteps(target, basefile);
   bool endsWithDotSlash = steps.length() >= 2 && steps.right(2) == "./";
-  if (!endsWithDotSlash && !endsWithSeparator(target)) steps = stripTrailingSlashes(steps);
+  // Steps begin with "./" or "../", so they are never the root.
+  if (!endsWithDotSlash && !endsWithSeparator(target)) steps = withoutTrailingSlashes(steps);
   return steps;  // built from split components, so it holds no "\"
 }
 

@@ -1,7 +1,8 @@
 // Internal helpers shared by the path and text operations of the files subsystem.
 //
 // `viaUtf8` runs the UTF-8 form of an operation for its wide form; `withSlashes` gives a copy
-// of a path with every "\" turned into "/".
+// of a path with every "\" turned into "/"; `childPath` is the one joiner of a directory and a
+// name, `withoutTrailingSlashes` the one stripper of trailing "/".
 #pragma once
 
 #include <type_traits>
@@ -31,6 +32,19 @@ auto viaUtf8(Result (*narrowForm)(const ZrUtf8String&, const Narrow&...), const 
 template <class Text>
 Text withSlashes(Text path) {
   path.replace(typename Text::Std::value_type('\\'), typename Text::Std::value_type('/'));
+  return path;
+}
+
+// The path of entry `name` of `directory`: one "/" between them, none added after a
+// trailing one. Names are taken as they are ("\\" is an ordinary byte in them).
+//   ("d", "f") => "d/f"     ("d/", "f") => "d/f"     ("", "f") => "f"     ("/", "f") => "/f"
+ZrUtf8String childPath(const ZrUtf8String& directory, const ZrUtf8String& name);
+
+// The path without trailing "/"; the root "/" stays (callers for whom it goes say so).
+//   "d/l/" => "d/l"     "d//" => "d"     "/" => "/"     "" => ""
+template <class Text>
+Text withoutTrailingSlashes(Text path) {
+  while (path.length() > 1 && path.str().back() == '/') path.str().pop_back();
   return path;
 }
 

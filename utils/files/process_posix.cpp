@@ -7,6 +7,7 @@
 #include <string>
 
 #include <zrad/files.h>
+#include <zrplatform/module.h>
 
 #include "files/content.h"
 #include "files/shellcommand.h"
@@ -19,11 +20,6 @@ namespace {
 ZrUtf8String& tempPath() {
   static ZrUtf8String path;
   return path;
-}
-
-ZrArray<ZrUtf8String>& libraryPaths() {
-  static ZrArray<ZrUtf8String> paths;
-  return paths;
 }
 
 bool existsIgnoringCase(const ZrUtf8String& path) {
@@ -105,15 +101,12 @@ bool zrutOpenPdfFile(const ZrUtf8String& path) {
 }
 
 void zrutPushFindLibraryPath(const ZrUtf8String& directory) {
-  libraryPaths().append(directory);
+  zrPushModuleSearchPath(directory);
   const char* previous = getenv("LD_LIBRARY_PATH");
   ZrUtf8String value = directory + ":" + (previous ? previous : "");
   setenv("LD_LIBRARY_PATH", value.c_str(), 1);
 }
 
-void zrutPopFindLibraryPath() {
-  ZrArray<ZrUtf8String>& paths = libraryPaths();
-  if (!paths.isEmpty()) paths.removeAt(paths.length() - 1);
-}
+void zrutPopFindLibraryPath() { zrPopModuleSearchPath(); }
 
 void zrutGetFindPaths(ZrArray<ZrUtf8String>& /*paths*/, int /*kind*/) {}

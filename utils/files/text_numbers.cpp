@@ -1,9 +1,11 @@
-// Number tests (regular expressions over wide text) and number <-> text conversions.
+// Number tests (an automaton over wide text) and number <-> text conversions.
 //
-// The tests compile their expression once; the UTF-8 forms widen and call the wide ones.
-// The conversions are the C library's, with the base each operation documents.
+// The tests scan the text once, left to right, without recursion, so any length is fine. Their
+// definition is the expressions in numberpatterns.h: white space, signs and digits are disjoint
+// classes, so taking each part greedily accepts exactly what the expressions accept. The UTF-8
+// forms widen and call the wide ones. The conversions are the C library's, with the base each
+// operation documents.
 #include <cstdlib>
-#include <regex>
 
 #include <zrad/text.h>
 
@@ -13,28 +15,67 @@ using zrad::files::viaUtf8;
 
 namespace {
 
-bool matchesWhole(const ZrString& text, const std::wregex& pattern) {
-  // libstdc++ matches recursively, one frame per character: bound the depth.
-  if (text.isEmpty() || text.length() > kMaxNumberTestLength) return false;
-  return std::regex_match(text.str(), pattern);
-}
+// A cursor over the text; each step consumes what one part of the expressions matches.
+class NumberScan {
+ public:
+  explicit NumberScan(const ZrString& text)
+      : m_at(text.str().data()), m_end(m_at + text.str().size()) {}
+
+  // \s*  (the C locale's white space)
+  void spaces() {
+    while (m_at < m_end && (*m_at == L' ' || (*m_at >= L'\t' && *m_at <= L'\r'))) ++m_at;
+  }
+  // [+,-]?
+  void sign() {
+    if (m_at < m_end && (*m_at == L'+' || *m_at == L',' || *m_at == L'-')) ++m_at;
+  }
+  // [0-9]+ ; false when no digit is there
+  bool digits() {
+    const wchar_t* start = m_at;
+    while (m_at < m_end && *m_at >= L'0' && *m_at <= L'9') ++m_at;
+    return m_at > start;
+  }
+  // [.] ; false when the next character is not a point
+  bool point() {
+    if (m_at == m_end || *m_at != L'.') return false;
+    ++m_at;
+    return true;
+  }
+  bool atEnd() const { return m_at == m_end; }
+
+ private:
+  const wchar_t* m_at;
+  const wchar_t* m_end;
+};
 
 }  // namespace
 
 bool zrutIsLong(const ZrString& text) {
-  static const std::wregex pattern(LR"(^\s*[+,-]?\s*[0-9]+\s*$)");
-  return matchesWhole(text, pattern);
+  NumberScan scan(text);
+  scan.spaces();
+  scan.sign();
+  scan.spaces();
+  if (!scan.digits()) return false;
+  scan.spaces();
+  return scan.atEnd();
 }
 
 bool zrutIsUnsignedDigit(const ZrString& text) {
-  static const std::wregex pattern(LR"(^[0-9]+$)");
-  return matchesWhole(text, pattern);
+  NumberScan scan(text);
+  return scan.digits() && scan.atEnd();
 }
 
 bool zrutIsDouble(const ZrString& text) {
-  static const std::wregex pattern(
-      LR"(^(\s*[+,-]?\s*[0-9]+([.][0-9]+){0,1}\s*)|(\s*[+,-]?\s*[.][0-9]+\s*)$)");
-  return matchesWhole(text, pattern);
+  NumberScan scan(text);
+  scan.spaces();
+  scan.sign();
+  scan.spaces();
+  // [0-9]+([.][0-9]+)?  or  [.][0-9]+
+  bool whole = scan.digits();
+  bool fraction = scan.point() ? scan.digits() : whole;
+  if (!fraction) return false;
+  scan.spaces();
+  return scan.atEnd();
 }
 
 bool zrutIsLong(const ZrUtf8String& text) { return zrutIsLong(ZrString(text)); }

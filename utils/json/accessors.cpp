@@ -24,7 +24,8 @@ bool readAt(IElementValueBase& self, const char* path, Read read) {
 }
 
 // Stores a value at `path`: `inObject(parent, name)` for an Object parent, `inArray(parent)`
-// for an Array parent. False for an empty path or a parent of another kind.
+// for an Array parent. False for an empty path or a parent of another kind. Neither store is
+// asked how it went: a read-only property or Array refuses it and the setter still says true.
 template <class InObject, class InArray>
 bool writeAt(IElementValueBase& self, const char* path, InObject inObject, InArray inArray) {
   ZrUtf8String parentPath, name;
@@ -33,7 +34,6 @@ bool writeAt(IElementValueBase& self, const char* path, InObject inObject, InArr
   if (!parent) return false;
   switch (kindOf(parent->getType())) {
     case etObject:
-      // A refusal by a read-only property is not reported: the store counts as done.
       inObject(*parent, name);
       return true;
     case etArray:
@@ -46,11 +46,17 @@ bool writeAt(IElementValueBase& self, const char* path, InObject inObject, InArr
 // For members whose value an Array parent does not take.
 bool refuseInArray(IElementValueBase&) { return false; }
 
-// Appends a new String element holding `text`.
+// Appends `item` (a read-only Array refuses it); true either way.
+bool appendItem(IElementValueBase& array, const ZrJsonPtr& item) {
+  array.array_append(item);
+  return true;
+}
+
+// Appends a new String element holding `text`; true.
 bool appendText(IElementValueBase& array, const ZrUtf8String& text) {
   ZrJsonPtr item = ElementValue::createObject(etString);
   item->set_values(text);
-  return array.array_append(item);
+  return appendItem(array, item);
 }
 
 // Property names of the coordinates of a point, in item order.
@@ -150,11 +156,9 @@ bool IElementValueBase::SetDataSW(const char* path, const ZrString& value) {
 }
 
 bool IElementValueBase::SetDataJ(const char* path, ZrJsonPtr value) {
-  // A null handle is no value: containers never hold one.
-  if (!value) return false;
   return writeAt(
       *this, path, [&](IElementValueBase& p, const ZrUtf8String& n) { p.set_property(n, value); },
-      [&](IElementValueBase& array) { return array.array_append(value); });
+      [&](IElementValueBase& array) { return appendItem(array, value); });
 }
 
 bool IElementValueBase::SetDataP2d(const char* path, const ZrGePoint2d& value) {

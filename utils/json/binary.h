@@ -9,9 +9,10 @@
 
 namespace zrad::json {
 
-// Appends the encoding of `root` (no signature) to `out`. False when the tree nests deeper
-// than kMaxDepth (`out` then holds part of it).
-bool encodeBinary(const IElementValueBase* root, OutBuffer& out);
+// Appends the encoding of `root` (no signature) to `out`. False (logged) when the reader could
+// not read it back: a text of 2 GiB or more, a byte block of 4 GiB or more, or a tree that
+// contains itself (`out` then holds part of it).
+bool encodeBinary(const IElementValueBase& root, OutBuffer& out);
 
 // The first byte of a binary file or stream.
 constexpr unsigned char kBinarySignature = 0xE0;

@@ -3,7 +3,7 @@
 // The decoder works on the stream's bytes in one piece and keeps its read position in a local
 // pointer, checks every count and length against the bytes left before it reserves anything,
 // builds each container straight into its block, and keeps its open containers on a heap stack
-// rather than the call stack.
+// rather than the call stack, so streams of any depth are read (the stack grows with the bytes).
 #include "json/binary.h"
 
 #include <cstdlib>
@@ -12,7 +12,7 @@
 
 #include "json/element_store.h"
 #include "json/entry_sort.h"
-#include "json/limits.h"
+#include "json/oom.h"
 
 namespace zrad::json {
 namespace {
@@ -113,7 +113,7 @@ __attribute__((always_inline)) inline const char* readHead(ElementValue& e, cons
       std::memcpy(data, p, length);
       p += length;
       ElementAccess::word(e) = length;
-      ElementAccess::second(e) = reinterpret_cast<uint64_t>(data);
+      ElementAccess::byteBlock(e) = data;
       break;
     }
     case etReserved42: ok = true; break;
@@ -173,10 +173,7 @@ class Decoder {
         store->items()[store->size++] = child;
       }
       if (!(p = readHead(*child, p, end, count))) return nullptr;
-      if (isOpen(*child)) {
-        if (m_frames.size() >= static_cast<size_t>(kMaxDepth)) return nullptr;
-        if (!open(*child, count, static_cast<uint64_t>(end - p))) return nullptr;
-      }
+      if (isOpen(*child) && !open(*child, count, static_cast<uint64_t>(end - p))) return nullptr;
     }
     return p;
   }
@@ -222,9 +219,7 @@ class Decoder {
   uint64_t m_promised = 0;  // bytes the members still to read take at least
 };
 
-}  // namespace
-
-bool decodeBinary(ElementValue& target, ZrStreamBuf& stream) {
+bool decode(ElementValue& target, ZrStreamBuf& stream) {
   ZrJsonPtr fresh = ElementValue::createObject(etNullFlag);
   auto& decoded = static_cast<ElementValue&>(*fresh);
   Source source(stream);
@@ -233,6 +228,12 @@ bool decodeBinary(ElementValue& target, ZrStreamBuf& stream) {
   if (!after) return false;
   takeContent(target, decoded);
   return true;
+}
+
+}  // namespace
+
+bool decodeBinary(ElementValue& target, ZrStreamBuf& stream) {
+  return platformOutOfMemory([&] { return decode(target, stream); });
 }
 
 }  // namespace zrad::json

@@ -1,8 +1,7 @@
 // Deep copies of element trees.
 //
-// clone walks with an explicit stack bounded by kMaxDepth, so a tree at the nesting limit never
-// deepens the thread's stack and a tree that contains itself ends the walk instead of running
-// away. The tree's own elements are copied through their fields: each container's block is
+// clone follows the one tree walk (walk.h): any depth, no recursion, and a tree that contains
+// itself ends the walk instead of running away. The tree's own elements are copied through their fields: each container's block is
 // made once at its final size and filled in order (an Object's names are already sorted), so a
 // copy costs about what reading the tree from the binary stream does. Elements of other
 // classes are copied through the virtual interface.
@@ -14,13 +13,13 @@
 #include <zrad/json.h>
 
 #include "json/element_store.h"
-#include "json/limits.h"
+#include "json/entry_sort.h"
+#include "json/oom.h"
+#include "json/walk.h"
+#include "log/logmsg.h"
 
 namespace zrad::json {
 namespace {
-
-// Members are read a few ahead of their copy, so the misses on them overlap.
-constexpr uint32_t kCopyAhead = 4;
 
 // The copy of a writable ElementValue: its type word and value as they are, except that
 // containers come out empty, a byte block gets bytes of its own, an object pointer a reference
@@ -29,7 +28,8 @@ constexpr uint32_t kCopyAhead = 4;
 ElementValue* copyFields(const ElementValue& source) {
   const uint32_t type = ElementAccess::type(source);
   const uint64_t word = ElementAccess::word(source);
-  uint64_t copied = 0, second = 0;
+  uint64_t copied = 0;
+  void* block = nullptr;
   switch (kindOf(type)) {
     case etString: {
       ElementValue* copy = ElementAccess::make(type);
@@ -37,12 +37,12 @@ ElementValue* copyFields(const ElementValue& source) {
       return copy;
     }
     case etByteBlock:  // the length in the value word, a malloc'd buffer in the second
-      if (ElementAccess::second(source) && word) {
+      if (ElementAccess::byteBlock(source) && word) {
         void* own = std::malloc(word);
         if (!own) throw ZrError(Zrad::eOutOfMemory);
-        std::memcpy(own, reinterpret_cast<const void*>(ElementAccess::second(source)), word);
+        std::memcpy(own, ElementAccess::byteBlock(source), word);
         copied = word;
-        second = reinterpret_cast<uint64_t>(own);
+        block = own;
       }
       break;
     case etRxObjectPointer:
@@ -58,7 +58,7 @@ ElementValue* copyFields(const ElementValue& source) {
   }
   ElementValue* copy = ElementAccess::make(type);
   ElementAccess::word(*copy) = copied;
-  ElementAccess::second(*copy) = second;
+  ElementAccess::byteBlock(*copy) = block;
   return copy;
 }
 
@@ -91,106 +91,86 @@ IElementValueBase* copyShallow(const IElementValueBase& source) {
   return copy.get();
 }
 
-// A clone in progress: containers copied without their members wait on a stack.
-class Cloner {
+// Builds the copy as the walk meets the source: each copied container gets its block at its
+// final size and is filled in order. Every block counts only what is filled in, so a copy
+// abandoned half way drops cleanly.
+class CloneVisitor {
  public:
-  // The copy of `root`, or null when it is nested deeper than kMaxDepth.
-  ZrJsonPtr run(const IElementValueBase& root) {
-    ZrJsonPtr copy = ZrJsonPtr::adopt(copyShallow(root));
-    if (!schedule(root, *copy, 1)) return ZrJsonPtr();
-    while (!m_pending.empty()) {
-      const Pending p = std::move(m_pending.back());
-      m_pending.pop_back();
-      const ElementValue* source = asElement(p.source);
-      bool done = source ? copyStore(*source, static_cast<ElementValue&>(*p.copy), p.depth)
-                         : copyMembers(*p.source, *p.copy, p.depth);
-      if (!done) return ZrJsonPtr();
+  // The copy of the root, once the walk has met it.
+  ZrJsonPtr copy;
+
+  bool leaf(const Member& m) {
+    place(m, m.element ? copyShallow(*m.element) : nullptr);
+    return true;
+  }
+
+  Enter open(const Member& m, uint32_t count) {
+    IElementValueBase* made = copyShallow(*m.element);
+    place(m, made);
+    if (made == m.element) return Enter::kSkip;  // read-only: shared with its members
+    auto& container = static_cast<ElementValue&>(*made);
+    const bool object = kindOf(ElementAccess::type(container)) == etObject;
+    void* block = nullptr;
+    if (count) {
+      block = newBlock(object ? sizeof(Entry) : sizeof(IElementValueBase*), count);
+      static_cast<Block<char>*>(block)->size = 0;
+      ElementAccess::word(container) = reinterpret_cast<uint64_t>(block);
     }
-    return copy;
+    m_open.push_back({&container, block, object, !m.own, true});
+    return Enter::kMembers;
+  }
+
+  // An Object of another class may list its names in any order: they are sorted here, a later
+  // value of a repeated name winning as set_property would let it.
+  void close(int) {
+    const Open top = m_open.back();
+    m_open.pop_back();
+    if (!top.object || !top.block || !top.mayBeUnsorted || top.sorted) return;
+    auto* store = static_cast<ObjectStore*>(top.block);
+    ElementAccess::word(*top.container) =
+        reinterpret_cast<uint64_t>(settleEntries(store->items(), store->size, Repeats::kLikeSetProperty));
+    freeBlock(store, sizeof(Entry));
   }
 
  private:
-  struct Pending {
-    const IElementValueBase* source;
-    IElementValueBase* copy;
-    int depth;
-    ZrJsonPtr held;  // the source, when nothing else keeps it alive
+  struct Open {
+    ElementValue* container;
+    void* block;
+    bool object;
+    bool mayBeUnsorted;  // copied from another element class
+    bool sorted;         // the names so far are in order and all different
   };
 
-  // Queues a fresh copy of a container for its members; false when nested too deeply. A copy
-  // that is not the source itself is an ElementValue of the source's kind.
-  bool schedule(const IElementValueBase& source, IElementValueBase& copy, int depth, ZrJsonPtr held = {}) {
-    if (&source == &copy || !isContainer(kindOf(ElementAccess::type(static_cast<ElementValue&>(copy))))) return true;
-    if (depth > kMaxDepth) return false;
-    m_pending.push_back({&source, &copy, depth, std::move(held)});
-    return true;
-  }
-
-  // Puts the copy of `member` (null stays null) in the empty `slot` and queues its members.
-  bool fill(IElementValueBase*& slot, const IElementValueBase* member, int depth) {
-    if (!member) return true;
-    slot = copyShallow(*member);
-    return schedule(*member, *slot, depth);
-  }
-
-  // Fills the fresh container `copy` from the block of `source`, sized once. The block hangs on
-  // `copy` from the start and counts only what is filled in, so a failure leaves a tree that
-  // drops cleanly.
-  bool copyStore(const ElementValue& source, ElementValue& copy, int depth) {
-    const void* block = blockOf(source);
-    const uint32_t count = sizeOf(block);
-    if (!count) return true;
-    bool ok = true;
-    if (kindOf(ElementAccess::type(source)) == etObject) {
-      const Entry* from = static_cast<const ObjectStore*>(block)->items();
-      auto* store = static_cast<ObjectStore*>(newBlock(sizeof(Entry), count));
-      store->size = 0;
-      ElementAccess::word(copy) = reinterpret_cast<uint64_t>(store);
-      for (uint32_t i = 0; i < count && ok; ++i) {
-        if (i + kCopyAhead < count) __builtin_prefetch(from[i + kCopyAhead].value);
-        Entry& entry = store->items()[i];
-        makeName(entry.name, from[i].name.view());
-        entry.value = nullptr;
-        ++store->size;
-        ok = fill(entry.value, from[i].value, depth + 1);
-      }
+  // Hangs the copy `made` (a reference it takes over) on the container being filled.
+  void place(const Member& m, IElementValueBase* made) {
+    if (m_open.empty()) {
+      copy = ZrJsonPtr::adopt(made);
+      return;
+    }
+    Open& top = m_open.back();
+    if (top.object) {
+      auto* store = static_cast<ObjectStore*>(top.block);
+      Entry& entry = store->items()[store->size];
+      makeName(entry.name, m.name);
+      entry.value = made;
+      if (top.mayBeUnsorted && store->size) top.sorted = top.sorted && compareNames((&entry)[-1].name.view(), m.name) < 0;
+      ++store->size;
     } else {
-      IElementValueBase* const* from = static_cast<const ItemStore*>(block)->items();
-      auto* store = static_cast<ItemStore*>(newBlock(sizeof(IElementValueBase*), count));
-      store->size = 0;
-      ElementAccess::word(copy) = reinterpret_cast<uint64_t>(store);
-      for (uint32_t i = 0; i < count && ok; ++i) {
-        if (i + kCopyAhead < count) __builtin_prefetch(from[i + kCopyAhead]);
-        store->items()[i] = nullptr;
-        ++store->size;
-        ok = fill(store->items()[i], from[i], depth + 1);
-      }
+      auto* store = static_cast<ItemStore*>(top.block);
+      store->items()[store->size++] = made;
     }
-    return ok;
   }
 
-  // The same for a container of another element class, through the virtual interface.
-  bool copyMembers(const IElementValueBase& source, IElementValueBase& copy, int depth) {
-    const bool isObject = kindOf(source.getType()) == etObject;
-    const int count = isObject ? source.property_count() : source.array_count();
-    for (int i = 0; i < count; ++i) {
-      ZrJsonPtr member = isObject ? source.enumproperty(i, m_key) : source.array_sub(i);
-      ZrJsonPtr memberCopy = member ? ZrJsonPtr::adopt(copyShallow(*member)) : ZrJsonPtr();
-      if (isObject)
-        copy.set_property(m_key, memberCopy);
-      else
-        copy.array_append(memberCopy);
-      // Another class may answer with a member that only this handle keeps alive.
-      if (member && !schedule(*member, *memberCopy, depth + 1, member)) return false;
-    }
-    return true;
-  }
-
-  std::vector<Pending> m_pending;
-  ZrUtf8String m_key;
+  std::vector<Open> m_open;
 };
 
 }  // namespace
 }  // namespace zrad::json
 
-ZrJsonPtr IElementValueBase::clone() const { return zrad::json::Cloner().run(*this); }
+ZrJsonPtr IElementValueBase::clone() const {
+  zrad::json::CloneVisitor visitor;
+  auto walk = [&] { return zrad::json::walkTree(*this, visitor); };
+  if (zrad::json::platformOutOfMemory(walk) == zrad::json::WalkEnd::kDone) return visitor.copy;
+  ZRAD_LOG(5, "utils/zradjson", "clone: the tree contains itself");
+  return {};
+}

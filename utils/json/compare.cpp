@@ -1,8 +1,8 @@
 // Content comparison of element trees: bEqual.
 //
-// The walk keeps its pairs of containers on an explicit stack bounded by kMaxDepth, so a tree at
-// the nesting limit never deepens the thread's stack and a tree that contains itself ends the
-// walk instead of running away. Two of the tree's own elements are compared through their
+// The walk keeps its pairs of containers on a heap stack, so trees of any depth compare without
+// deepening the thread's stack, and a tree that contains itself ends the walk (unequal) instead
+// of running away. Two of the tree's own elements are compared through their
 // fields and blocks; elements of other classes through the virtual interface.
 #include <optional>
 #include <vector>
@@ -10,7 +10,8 @@
 #include <zrad/json.h>
 
 #include "json/element_store.h"
-#include "json/limits.h"
+#include "json/oom.h"
+#include "json/walk.h"
 
 namespace zrad::json {
 namespace {
@@ -179,26 +180,36 @@ class MemberComparison {
 }  // namespace
 }  // namespace zrad::json
 
-bool IElementValueBase::bEqual(const ZrJsonPtr& other) const {
-  using zrad::json::MemberComparison;
-  using zrad::json::Shallow;
-  Shallow first = zrad::json::compareShallow(this, other.get());
+namespace zrad::json {
+namespace {
+
+bool equalTrees(const IElementValueBase* mine, const IElementValueBase* theirs) {
+  Shallow first = compareShallow(mine, theirs);
   if (first != Shallow::kCompareMembers) return first == Shallow::kEqual;
 
-  std::vector<MemberComparison> stack;
-  stack.emplace_back(this, other.get());
+  struct Pair {
+    MemberComparison members;
+    const IElementValueBase* mine;
+    const IElementValueBase* theirs;
+  };
+  std::vector<Pair> stack;
+  CycleGuard mineGuard, theirsGuard;
+  stack.push_back({MemberComparison(mine, theirs), mine, theirs});
   std::optional<bool> outcome;  // the verdict of the pair compared last
   while (!stack.empty()) {
-    MemberComparison& top = stack.back();
+    MemberComparison& top = stack.back().members;
     if (outcome) top.record(*outcome);
     const IElementValueBase* a = nullptr;
     const IElementValueBase* b = nullptr;
     outcome = top.next(a, b);
     if (outcome) {
+      const size_t depth = stack.size() - 1;
+      mineGuard.leave(stack.back().mine, depth);
+      theirsGuard.leave(stack.back().theirs, depth);
       stack.pop_back();
       continue;
     }
-    switch (zrad::json::compareShallow(a, b)) {
+    switch (compareShallow(a, b)) {
       case Shallow::kEqual:
         outcome = true;
         break;
@@ -206,11 +217,18 @@ bool IElementValueBase::bEqual(const ZrJsonPtr& other) const {
         outcome = false;
         break;
       case Shallow::kCompareMembers:
-        // Deeper than the nesting limit (or a tree containing itself): not comparable.
-        if (stack.size() >= static_cast<size_t>(zrad::json::kMaxDepth)) return false;
-        stack.emplace_back(a, b);
+        // A tree containing itself is not comparable.
+        if (!mineGuard.enter(a, stack.size()) || !theirsGuard.enter(b, stack.size())) return false;
+        stack.push_back({MemberComparison(a, b), a, b});
         break;
     }
   }
   return outcome.value_or(false);
+}
+
+}  // namespace
+}  // namespace zrad::json
+
+bool IElementValueBase::bEqual(const ZrJsonPtr& other) const {
+  return zrad::json::platformOutOfMemory([&] { return zrad::json::equalTrees(this, other.get()); });
 }

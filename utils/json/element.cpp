@@ -6,7 +6,9 @@
 // buffer in the second word.
 #include <cstdint>
 #include <cstdlib>
+#include <new>
 
+#include "json/element_pool.h"
 #include "json/element_store.h"
 #include "json/numfmt.h"
 #include "log/logmsg.h"
@@ -44,6 +46,12 @@ ZrJsonPtr ElementValue::createObject(int type) {
   return ZrJsonPtr::adopt(e);
 }
 
+ElementValue* ElementValue::make(uint32_t type) {
+  auto* e = new (elementBlock()) ElementValue();
+  e->m_type = type;
+  return e;
+}
+
 ElementValue::~ElementValue() { freePointerValue(); }
 
 void ElementValue::freePointerValue() {
@@ -51,13 +59,13 @@ void ElementValue::freePointerValue() {
     case etArray: freeItems(static_cast<ItemStore*>(m_value.p)); break;
     case etObject: freeEntries(static_cast<ObjectStore*>(m_value.p)); break;
     case etString: freeText(*this); break;
-    case etByteBlock: std::free(reinterpret_cast<void*>(m_second)); break;
+    case etByteBlock: std::free(m_second.byteBlock); break;
     case etOwnedPointer: if (m_value.p) zrrxFree(m_value.p); break;
     case etRxObjectPointer: if (m_value.p) zrrxRelease(static_cast<ZrRxObject*>(m_value.p)); break;
     default: break;
   }
   m_value.u = 0;
-  m_second = 0;
+  m_second.word = 0;
 }
 
 void ElementValue::initWithType(int type) {
@@ -273,7 +281,7 @@ ZrJsonPtr ElementValue::set_property(const ZrUtf8String& name, const ZrJsonPtr& 
   }
   const std::string_view key = viewOf(name);
   auto* store = static_cast<ObjectStore*>(m_value.p);
-  const uint32_t size = sizeOf(store), unordered = static_cast<uint32_t>(m_second);
+  const uint32_t size = sizeOf(store), unordered = static_cast<uint32_t>(m_second.word);
   const uint32_t ordered = size - unordered;
   int at = size ? findEntry(store->items(), ordered, key) : -1;
   if (at < 0 && unordered) {
@@ -299,12 +307,12 @@ ZrJsonPtr ElementValue::set_property(const ZrUtf8String& name, const ZrJsonPtr& 
     std::memmove(entries + pos + 1, entries + pos, (size - pos) * sizeof(Entry));
   } else {
     pos = size;
-    ++m_second;
+    ++m_second.word;
   }
   entries[pos] = added;
   if (value.get()) value->AddRef();
   ++store->size;
-  if (m_second > unorderedLimit(store->size)) settle(*this);
+  if (m_second.word > unorderedLimit(store->size)) settle(*this);
   return value;
 }
 

@@ -1,10 +1,11 @@
 // The abstract element: reference counting, the null element's behaviour, and the handle.
 //
-// Release deletes without recursion: an element that dies while another is being destroyed on
+// Release deletes without recursion: a container that dies while another is being destroyed on
 // the same thread is queued and deleted by the outermost Release, so dropping a deep tree
 // needs no deep stack.
 #include <cstdlib>
 
+#include "json/element_pool.h"
 #include "json/element_store.h"
 
 namespace {
@@ -12,22 +13,16 @@ namespace {
 // Trivially destructible, so access needs no guard; the queue lives only while a teardown runs.
 struct Teardown {
   bool running;
-  int nested;  // containers being emptied in place by releaseItem
   IElementValueBase** pending;
   size_t size;
   size_t capacity;
 };
-// Containers nested this deep inside one another are emptied in place; deeper ones wait in the
-// queue, so the stack stays shallow whatever the tree.
-constexpr int kNestedInPlace = 32;
-__attribute__((tls_model("initial-exec"))) thread_local Teardown tTeardown;
+thread_local Teardown tTeardown;
 
 // A scalar element frees no other element, so it may go at once without deepening anything.
 bool isLeaf(const IElementValueBase* e) {
   const ElementValue* ev = zrad::json::asElement(e);
-  if (!ev) return false;
-  int kind = zrad::json::kindOf(ElementAccess::type(*ev));
-  return kind != etArray && kind != etObject;
+  return ev && !zrad::json::isContainer(zrad::json::kindOf(ElementAccess::type(*ev)));
 }
 
 void queue(Teardown& t, IElementValueBase* e) {
@@ -41,16 +36,26 @@ void queue(Teardown& t, IElementValueBase* e) {
   t.pending[t.size++] = e;
 }
 
+// Deletes one element: the tree's own go back to the element pool, others to the heap.
+void dispose(IElementValueBase* e) {
+  if (ElementValue* ev = zrad::json::asElement(e)) {
+    ev->~ElementValue();
+    zrad::json::freeElementBlock(ev);
+  } else {
+    delete e;
+  }
+}
+
 void destroy(IElementValueBase* e) {
   Teardown& t = tTeardown;
   if (t.running) {
-    if (isLeaf(e)) delete e;
+    if (isLeaf(e)) dispose(e);
     else queue(t, e);
     return;
   }
   t.running = true;
-  delete e;
-  while (t.size) delete t.pending[--t.size];
+  dispose(e);
+  while (t.size) dispose(t.pending[--t.size]);
   std::free(t.pending);
   t.pending = nullptr;
   t.capacity = 0;
@@ -62,41 +67,7 @@ void destroy(IElementValueBase* e) {
 namespace zrad::json {
 
 void releaseItem(IElementValueBase* e) {
-  if (!e) return;
-  // Dropping a tree is mostly dropping elements held once. Scalars that own nothing, strings
-  // once their text is gone, and containers once their members are gone have nothing left for
-  // the destructors to do: their block goes straight back without the virtual Release and
-  // destructor calls.
-  ElementValue* ev = asElement(e);
-  if (ev && ElementAccess::soleHolder(*ev)) {
-    switch (kindOf(ElementAccess::type(*ev))) {
-      case etArray:
-      case etObject: {
-        Teardown& t = tTeardown;
-        if (t.nested == kNestedInPlace) break;
-        ++t.nested;
-        ev->freePointerValue();
-        --t.nested;
-        ElementValue::operator delete(ev, sizeof(ElementValue));
-        return;
-      }
-      case etString:
-        freeText(*ev);
-        [[fallthrough]];
-      case etNone:
-      case etBoolean:
-      case etInteger:
-      case etDouble:
-      case etPointer:
-      case etReserved42:
-      case etTime:
-        ElementValue::operator delete(ev, sizeof(ElementValue));
-        return;
-      default:
-        break;
-    }
-  }
-  e->Release();
+  if (e) e->Release();
 }
 
 }  // namespace zrad::json

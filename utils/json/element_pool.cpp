@@ -69,7 +69,7 @@ struct Stock {
  private:
   void carve(int c) {
     char* chunk = static_cast<char*>(std::malloc(kChunkBytes));
-    if (!chunk) throw std::bad_alloc();
+    if (!chunk) throw ZrError(Zrad::eOutOfMemory);
     chunks.push_back(chunk);
     // Highest first, so blocks are handed out in address order.
     for (size_t i = kChunkBytes / kClassSize[c]; i-- > 0;) free[c].push_back(chunk + i * kClassSize[c]);
@@ -89,9 +89,7 @@ struct Cache {
   size_t count[kClasses];
   bool closed;  // the thread is exiting: go straight to the stock
 };
-// Initial-exec: the library is loaded with the program, and the general model would cost a
-// call to __tls_get_addr on every allocation.
-__attribute__((tls_model("initial-exec"))) thread_local Cache tCache;
+thread_local Cache tCache;
 
 struct CacheCloser {
   ~CacheCloser() {
@@ -110,7 +108,7 @@ bool open(Cache& cache, int c) {
   if (cache.closed) return false;
   if (!cache.slots[c]) {
     cache.slots[c] = static_cast<void**>(std::malloc(kSlots * sizeof(void*)));
-    if (!cache.slots[c]) throw std::bad_alloc();
+    if (!cache.slots[c]) throw ZrError(Zrad::eOutOfMemory);
     (void)&tCloser;  // registers the closer for this thread
   }
   return true;
@@ -186,11 +184,13 @@ __attribute__((noinline)) void poolFree(void* block, size_t size) {
 // Elements are the most frequent blocks: they go to their class without the size lookup.
 static_assert(sizeof(ElementValue) == zrad::json::kClassSize[0], "elements fill the smallest class");
 
-void* ElementValue::operator new(size_t size) {
-  return zrad::json::kPooled && size == sizeof(ElementValue) ? zrad::json::take(0) : zrad::json::poolAlloc(size);
+namespace zrad::json {
+
+void* elementBlock() { return kPooled ? take(0) : poolAlloc(sizeof(ElementValue)); }
+
+void freeElementBlock(void* block) {
+  if (kPooled) give(0, block);
+  else poolFree(block, sizeof(ElementValue));
 }
 
-void ElementValue::operator delete(void* block, size_t size) {
-  if (zrad::json::kPooled && size == sizeof(ElementValue) && block) zrad::json::give(0, block);
-  else zrad::json::poolFree(block, size);
-}
+}  // namespace zrad::json

@@ -10,4 +10,8 @@ void* poolAlloc(size_t size);
 // Returns a block from poolAlloc; `size` must be the size it was asked for. Null is accepted.
 void poolFree(void* block, size_t size);
 
+// The block of one ElementValue, and its return.
+void* elementBlock();
+void freeElementBlock(void* block);
+
 }  // namespace zrad::json

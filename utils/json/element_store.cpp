@@ -150,14 +150,14 @@ void placeTail(Entry* entries, uint32_t ordered, uint32_t count) {
 }  // namespace
 
 void settle(ElementValue& object) {
-  const uint64_t unordered = ElementAccess::sharedSecond(object);
+  const uint64_t unordered = __atomic_load_n(&ElementAccess::second(object), __ATOMIC_ACQUIRE);
   if (!unordered) return;
   // In place, so the block stays where readers find it.
   auto* store = reinterpret_cast<ObjectStore*>(ElementAccess::word(object));
   Entry* tail = store->items() + store->size - unordered;
   std::sort(tail, tail + unordered, nameBefore);
   placeTail(store->items(), static_cast<uint32_t>(store->size - unordered), static_cast<uint32_t>(unordered));
-  ElementAccess::publishSecond(object, 0);
+  __atomic_store_n(&ElementAccess::second(object), 0, __ATOMIC_RELEASE);
 }
 
 void settleShared(const ElementValue& object) {

@@ -15,28 +15,24 @@
 
 #include <zrad/json.h>
 
-// Field access for the tree's own readers and writers (befriended by ElementValue).
-struct ElementAccess {
-  static uint32_t& type(ElementValue& e) { return e.m_type; }
-  static uint32_t type(const ElementValue& e) { return e.m_type; }
-  static uint64_t& word(ElementValue& e) { return e.m_value.u; }
-  static uint64_t word(const ElementValue& e) { return e.m_value.u; }
-  static uint64_t& second(ElementValue& e) { return e.m_second; }
-  static uint64_t second(const ElementValue& e) { return e.m_second; }
-  // The second word as readers on several threads may read and settle it (an Object's entries
-  // not yet in order, see entriesOf).
-  static uint64_t sharedSecond(const ElementValue& e) { return __atomic_load_n(&e.m_second, __ATOMIC_ACQUIRE); }
-  static void publishSecond(ElementValue& e, uint64_t v) { __atomic_store_n(&e.m_second, v, __ATOMIC_RELEASE); }
+// Field access for the tree's own readers and writers. ElementValue keeps its words protected;
+// member pointers formed through this class (never instantiated) reach them.
+struct ElementAccess : ElementValue {
+  static uint32_t& type(ElementValue& e) { return e.*&ElementAccess::m_type; }
+  static uint32_t type(const ElementValue& e) { return e.*&ElementAccess::m_type; }
+  static uint64_t& word(ElementValue& e) { return (e.*&ElementAccess::m_value).u; }
+  static uint64_t word(const ElementValue& e) { return (e.*&ElementAccess::m_value).u; }
+  // The second word as a whole, for moves and clears.
+  static uint64_t& second(ElementValue& e) { return (e.*&ElementAccess::m_second).word; }
+  static uint64_t second(const ElementValue& e) { return (e.*&ElementAccess::m_second).word; }
+  // A byte block's data.
+  static void*& byteBlock(ElementValue& e) { return (e.*&ElementAccess::m_second).byteBlock; }
+  static const void* byteBlock(const ElementValue& e) { return (e.*&ElementAccess::m_second).byteBlock; }
   // The value and second words as 16 adjacent bytes (a short String's text).
-  static char* words(ElementValue& e) { return reinterpret_cast<char*>(&e.m_value); }
-  static const char* words(const ElementValue& e) { return reinterpret_cast<const char*>(&e.m_value); }
-  static bool soleHolder(const IElementValueBase& e) { return e.m_refCount.load(std::memory_order_acquire) == 1; }
+  static char* words(ElementValue& e) { return reinterpret_cast<char*>(&(e.*&ElementAccess::m_value)); }
+  static const char* words(const ElementValue& e) { return reinterpret_cast<const char*>(&(e.*&ElementAccess::m_value)); }
   // A fresh element with count 1 that the caller owns.
-  static ElementValue* make(uint32_t type) {
-    ElementValue* e = new ElementValue();
-    e->m_type = type;
-    return e;
-  }
+  static ElementValue* make(uint32_t type) { return ElementValue::make(type); }
 };
 
 namespace zrad::json {
@@ -255,7 +251,7 @@ inline int findEntry(const ObjectStore* store, std::string_view name) {
 // take an Object's block only through entriesOf. Edits that need the order call settle.
 void settleShared(const ElementValue& object);
 inline const ObjectStore* entriesOf(const ElementValue& object) {
-  if (ElementAccess::sharedSecond(object)) settleShared(object);
+  if (__atomic_load_n(&ElementAccess::second(const_cast<ElementValue&>(object)), __ATOMIC_ACQUIRE)) settleShared(object);
   return reinterpret_cast<const ObjectStore*>(ElementAccess::word(object));
 }
 // The same for the one thread that may change the Object.

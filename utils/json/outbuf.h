@@ -3,9 +3,10 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <new>
 #include <string>
 #include <string_view>
+
+#include <zrplatform/platform.h>
 
 namespace zrad::json {
 
@@ -38,7 +39,7 @@ class OutBuffer {
   __attribute__((noinline)) void grow(size_t n) {
     size_t capacity = m_capacity * 2 > m_used + n + 4096 ? m_capacity * 2 : m_used + n + 4096;
     void* data = std::realloc(m_data, capacity);
-    if (!data) throw std::bad_alloc();
+    if (!data) throw ZrError(Zrad::eOutOfMemory);
     m_data = static_cast<char*>(data);
     m_capacity = capacity;
   }

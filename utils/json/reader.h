@@ -10,8 +10,7 @@ namespace zrad::json {
 // Parses `text` (read up to its first zero byte, as a C string) and fills `target` the way
 // readJson does: an Object root merges into an Object target, an Array root appends to an
 // Array target, a scalar root replaces the content. False, with `target` unchanged, on a
-// parse error, nesting deeper than kMaxDepth or a number refused by numbersAreSafe. `text`
-// must be zero-terminated at text.size().
+// parse error or a number refused by tameNumbers. Texts of any depth are read.
 bool parseInto(ElementValue& target, std::string_view text);
 
 }  // namespace zrad::json

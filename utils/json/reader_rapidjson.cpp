@@ -1,11 +1,10 @@
 // JSON text reader: builds elements straight from RapidJSON's SAX events.
 //
-// The parser runs with its default flags (in place, on a copy), so it accepts exactly the texts
-// its DOM would; the handler builds nodes as events arrive (no intermediate document). Object
-// entries gather on one shared stack and become a sorted block when the object ends; array
-// items likewise. Depth is counted in the handler, which stops the parser before its recursion
-// can run away.
-#include <rapidjson/document.h>
+// The parser runs in place on a copy, in its iterative mode: it accepts exactly the texts of its
+// default mode, but keeps its open containers on a heap stack, so texts of any depth are read
+// without deepening the thread's stack. The handler builds nodes as events arrive (no
+// intermediate document). Object entries gather on one shared stack and become a sorted block
+// when the object ends; array items likewise.
 #include <rapidjson/reader.h>
 
 #include <memory>
@@ -13,7 +12,7 @@
 
 #include "json/element_store.h"
 #include "json/entry_sort.h"
-#include "json/limits.h"
+#include "json/oom.h"
 #include "json/reader.h"
 #include "json/textguard.h"
 
@@ -96,7 +95,6 @@ class TreeBuilder {
   bool inObject() const { return !m_frames.empty() && m_frames.back().object; }
 
   bool open(bool object) {
-    if (m_frames.size() >= static_cast<size_t>(kMaxDepth)) return false;
     m_frames.push_back({object, m_pendingReadOnly, object ? m_entries.size() : m_items.size()});
     m_pendingReadOnly = false;
     return true;
@@ -163,29 +161,28 @@ void applyTo(ElementValue& target, ElementValue* built) {
 
 }  // namespace
 
-bool parseInto(ElementValue& target, std::string_view text) {
-  if (!numbersAreSafe(text)) return false;
+namespace {
+
+bool parse(ElementValue& target, std::string_view text) {
   // Parsing a private copy in place decodes each string straight into the copy, where the
   // plain mode pushes it byte by byte onto the parser's stack; the grammar is the same.
   std::unique_ptr<char[]> copy(new char[text.size() + 1]);
   std::memcpy(copy.get(), text.data(), text.size());
   copy[text.size()] = 0;
+  if (!tameNumbers(copy.get(), text.size())) return false;
   TreeBuilder builder;
   rapidjson::Reader reader;
   rapidjson::InsituStringStream stream(copy.get());
-  if (reader.Parse<rapidjson::kParseDefaultFlags | rapidjson::kParseInsituFlag>(stream, builder).IsError())
-    return false;
+  constexpr unsigned kFlags = rapidjson::kParseDefaultFlags | rapidjson::kParseInsituFlag | rapidjson::kParseIterativeFlag;
+  if (reader.Parse<kFlags>(stream, builder).IsError()) return false;
   applyTo(target, builder.takeRoot());
   return true;
 }
 
-}  // namespace zrad::json
+}  // namespace
 
-bool ElementValue::readJson(const void* value) {
-  using namespace zrad::json;
-  if (!value) return false;
-  TreeBuilder builder;
-  if (!static_cast<const rapidjson::Value*>(value)->Accept(builder)) return false;
-  applyTo(*this, builder.takeRoot());
-  return true;
+bool parseInto(ElementValue& target, std::string_view text) {
+  return platformOutOfMemory([&] { return parse(target, text); });
 }
+
+}  // namespace zrad::json

@@ -1,8 +1,8 @@
-// Screening of JSON text before it reaches the parser.
+// Taming the numbers of a JSON text before it reaches the parser.
 //
-// A negative exponent is the one overflow that short texts can reach, so the common path only
-// looks for the shape e-DDDDDDDDD. A hit, or a text large enough for a fraction to overflow the
-// other sums, gets the full scan that knows about strings.
+// Only a '-' after an 'e' or 'E' can start a hostile exponent, so the common path looks for
+// that shape with memchr. A hit, or a text large enough to hold a number of kMaxNumberDigits
+// digits, gets the full scan, which knows about strings.
 #include "json/textguard.h"
 
 #include <cstring>
@@ -10,9 +10,10 @@
 namespace zrad::json {
 namespace {
 
-// Texts from this size on could hold a fraction long enough to overflow the positive
-// exponent's bound (about 214 million digits), so they always get the full scan.
-constexpr size_t kFullScanFrom = size_t(128) << 20;
+// A negative exponent keeps at most this many digits (zeros in front not counted). Any number
+// the parser accepts is below 1e309, so with an exponent of -99999 or below it is zero.
+constexpr size_t kExponentDigits = 5;
+constexpr size_t kFullScanFrom = kMaxNumberDigits;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -22,8 +23,23 @@ size_t digitRun(const char* p, const char* end) {
   return static_cast<size_t>(q - p);
 }
 
-// Walks the text outside strings and measures every number's digits and exponent.
-bool fullScan(const char* p, const char* end) {
+// The digits of the run at `p` after its leading zeros.
+size_t significantDigits(const char* p, size_t run) {
+  size_t zeros = 0;
+  while (zeros < run && p[zeros] == '0') ++zeros;
+  return run - zeros;
+}
+
+// Rewrites the exponent digits at `p` (a run of `run` digits) to the shortest that keeps the
+// number's value: 99999 and spaces when it has more than kExponentDigits significant digits.
+void shortenExponent(char* p, size_t run) {
+  if (significantDigits(p, run) <= kExponentDigits) return;
+  std::memset(p, '9', kExponentDigits);
+  std::memset(p + kExponentDigits, ' ', run - kExponentDigits);
+}
+
+// Walks the text outside strings: shortens every negative exponent and measures every number.
+bool fullScan(char* p, char* end) {
   while (p < end) {
     char c = *p;
     if (c == '"') {
@@ -34,11 +50,10 @@ bool fullScan(const char* p, const char* end) {
       size_t digits = 0;
       while (p < end && (isDigit(*p) || *p == '.')) digits += isDigit(*p++);
       if (digits > kMaxNumberDigits) return false;
-    } else if (c == 'e' || c == 'E') {
-      ++p;
-      if (p < end && (*p == '-' || *p == '+')) ++p;
+    } else if ((c == 'e' || c == 'E') && p + 1 < end && p[1] == '-') {
+      p += 2;
       size_t run = digitRun(p, end);
-      if (run > kMaxExponentDigits) return false;
+      shortenExponent(p, run);
       p += run;
     } else {
       ++p;
@@ -49,15 +64,14 @@ bool fullScan(const char* p, const char* end) {
 
 }  // namespace
 
-bool numbersAreSafe(std::string_view text) {
-  const char* begin = text.data();
-  const char* end = begin + text.size();
-  if (text.size() >= kFullScanFrom) return fullScan(begin, end);
-  // Only a '-' after an 'e' or 'E' can start such an exponent; memchr passes over the rest.
-  for (const char* p = begin; p < end; ++p) {
-    p = static_cast<const char*>(std::memchr(p, '-', static_cast<size_t>(end - p)));
+bool tameNumbers(char* text, size_t size) {
+  char* end = text + size;
+  if (size >= kFullScanFrom) return fullScan(text, end);
+  for (char* p = text; p < end; ++p) {
+    p = static_cast<char*>(std::memchr(p, '-', static_cast<size_t>(end - p)));
     if (!p) break;
-    if (p > begin && (p[-1] | 0x20) == 'e' && digitRun(p + 1, end) > kMaxExponentDigits) return fullScan(begin, end);
+    if (p > text && (p[-1] | 0x20) == 'e' && significantDigits(p + 1, digitRun(p + 1, end)) > kExponentDigits)
+      return fullScan(text, end);
   }
   return true;
 }

@@ -1,21 +1,25 @@
-// Screening of JSON text before it reaches the parser.
+// Taming the numbers of a JSON text before it reaches the parser.
 //
-// The parser's number code computes exponent sums in 32-bit ints that can overflow for numbers
-// with an absurdly long exponent (or, in texts of hundreds of megabytes, an absurdly long
-// fraction). numbersAreSafe() refuses such texts first:
-//   "[1e-5]"                        => true
-//   "[0.0000000001e-2147483639]"    => false  (exponent of more than 8 digits)
-//   "[\"1e-2147483639\"]"           => true   (inside a string it is only text)
+// The parser adds a number's exponent to its count of fraction digits in 32-bit ints, which
+// overflows for a negative exponent of ten digits or so. Such an exponent puts any number the
+// parser accepts far below the smallest double, so it is rewritten in place to an equivalent
+// short one, padded with spaces (white space after a number is JSON), and the parser gives the
+// value a correct parser gives:
+//   "[1e-000000001]"               => unchanged        (leading zeros cost the parser nothing)
+//   "[1.5e-2147483639]"            => "[1.5e-99999     ]"   => 0.0
+//   "[\"1e-2147483639\"]"          => unchanged        (inside a string it is only text)
+// Only a number of more than 100 million digits is refused: its digit count itself would
+// overflow the parser's sums (it can occur only in texts of that size).
 #pragma once
 
-#include <string_view>
+#include <cstddef>
 
 namespace zrad::json {
 
-constexpr int kMaxExponentDigits = 8;
-// Numbers with more digits than this are refused (only checked in texts where it matters).
-constexpr size_t kMaxNumberDigits = 100'000'000;
+// Rewrites the hostile exponents of the `size` bytes at `text`; false for a number of more than
+// kMaxNumberDigits digits.
+bool tameNumbers(char* text, size_t size);
 
-bool numbersAreSafe(std::string_view text);
+constexpr size_t kMaxNumberDigits = 100'000'000;
 
 }  // namespace zrad::json

@@ -8,18 +8,20 @@
 #include <zrad/json.h>
 
 #include "json/element_store.h"
-#include "json/limits.h"
 #include "json/pathsplit.h"
 #include "log/logmsg.h"
 
 using zrad::json::isContainer;
 using zrad::json::isReadOnly;
 using zrad::json::kindOf;
-using zrad::json::kMaxDepth;
 
 namespace {
 
 const char kLogSource[] = "utils/zradjson";
+
+// update_property merges Objects name by name down to this depth; a deeper value replaces the
+// property by a copy (clone then refuses a value that contains itself instead of merging forever).
+constexpr int kMergeDepth = 1000;
 
 // Two Array items count as the same set member: scalars by their text, containers by bEqual.
 bool sameMember(const IElementValueBase& a, const ZrJsonPtr& b) {
@@ -51,11 +53,13 @@ ZrJsonPtr ElementValue::appendObjects(const ZrUtf8String& path) {
     if (kindOf(current->getType()) != etObject) return ZrJsonPtr();
     zrad::json::assignName(name, segment);
     ZrJsonPtr child = current->property_sub(name);
-    if (!child)
-      child = current->set_property(name, ElementValue::createObject(etObject));  // null when refused
-    else if (kindOf(child->getType()) != etObject)
+    if (!child) {
+      // A read-only Object refuses the new one, and the walk goes on with it detached.
+      child = ElementValue::createObject(etObject);
+      current->set_property(name, child);
+    } else if (kindOf(child->getType()) != etObject) {
       return ZrJsonPtr();
-    if (!child) return ZrJsonPtr();
+    }
     current = child;
   }
   return current;
@@ -104,7 +108,7 @@ bool ElementValue::update_property(const ZrUtf8String& name, const ZrJsonPtr& va
     const int presentKind = present ? kindOf(present->getType()) : -1;
     const int valueKind = kindOf(m.value->getType());
     const bool mergeable = presentKind == valueKind && isContainer(valueKind) && !isReadOnly(present->getType());
-    if (!mergeable || m.depth >= kMaxDepth) {
+    if (!mergeable || m.depth >= kMergeDepth) {
       // Missing, of another kind, or a scalar: the property takes a copy of the value.
       ZrJsonPtr copy = m.value->clone();
       if (!copy || !m.target->set_property(m.name, copy)) complete = false;

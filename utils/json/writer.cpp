@@ -4,14 +4,18 @@
 // None and null elements as []; numbers as "%ld" / "%lf"; strings escaped by the table in
 // putEscaped. Plain text is copied a word at a time into a buffer grown ahead of the writes.
 #include "json/element_store.h"
-#include "json/limits.h"
 #include "json/numfmt.h"
+#include "json/oom.h"
 #include "json/outbuf.h"
+#include "json/walk.h"
 #include "json/writer.h"
+#include "log/logmsg.h"
 
 using namespace zrad::json;
 
 namespace {
+
+const char kLogSource[] = "utils/zradjson";
 
 // Bytes written as an escape: the controls 1..31, the quote and the backslash.
 struct EscapeTable {
@@ -86,122 +90,72 @@ void putQuoted(OutBuffer& out, std::string_view text) {
   out.putEnd(p);
 }
 
-bool readOnlyValue(const IElementValueBase* v) {
-  const ElementValue* ev = asElement(v);
-  uint32_t type = ev ? ElementAccess::type(*ev) : v ? static_cast<uint32_t>(v->getType()) : 0;
-  return (type & etReadOnlyFlag) != 0;
-}
-
 // "name": with a "*" before the name of a read-only value.
-__attribute__((noinline)) void putName(OutBuffer& out, std::string_view name, const IElementValueBase* value) {
+__attribute__((noinline)) void putName(OutBuffer& out, std::string_view name, uint32_t valueType) {
   char* p = out.room(escapedRoom(name) + 4);
   *p++ = '"';
-  if (readOnlyValue(value)) *p++ = '*';
+  if (isReadOnly(valueType)) *p++ = '*';
   p = putEscaped(p, name);
   *p++ = '"';
   *p++ = ':';
   out.putEnd(p);
 }
 
-class JsonWriter {
+// Writes each element as the walk meets it: a separator, the name, then the value or the
+// opening bracket of a container.
+class TextVisitor {
  public:
-  explicit JsonWriter(OutBuffer& out) : m_out(out) {}
+  explicit TextVisitor(OutBuffer& out) : m_out(out) {}
 
-  // False when the tree nests deeper than kMaxDepth.
-  bool write(const IElementValueBase* e, int depth) {
-    if (!e) {
+  bool leaf(const Member& m) {
+    prefix(m);
+    const uint32_t type = m.type();
+    if (isContainerGroup(type)) {  // None and null elements
       m_out.put("[]");
       return true;
     }
-    const ElementValue* ev = asElement(e);
-    uint32_t type = ev ? ElementAccess::type(*ev) : static_cast<uint32_t>(e->getType());
-    if (isContainerGroup(type)) {
-      if (depth >= kMaxDepth) return false;
-      return kindOf(type) == etObject ? writeObject(e, ev, depth + 1) : writeArray(e, ev, depth + 1);
-    }
-    writeLeaf(e, ev, type);
-    return true;
-  }
-
- private:
-  // Kept out of line so the recursive frames of write/writeObject/writeArray stay small.
-  __attribute__((noinline)) void writeLeaf(const IElementValueBase* e, const ElementValue* ev, uint32_t type) {
-    if (!ev) return writeScalar(type, e->strValue());
-    uint64_t word = ElementAccess::word(*ev);
+    if (!m.own) return writeScalar(type, m.element->strValue()), true;
+    const uint64_t word = ElementAccess::word(*m.own);
     switch (kindOf(type)) {
       case etString:
-        return putQuoted(m_out, textOf(*ev));
+        putQuoted(m_out, textOf(*m.own));
+        break;
       case etInteger:
-        return m_out.putEnd(putInteger(m_out.room(kIntegerTextMax), static_cast<int64_t>(word)));
+        m_out.putEnd(putInteger(m_out.room(kIntegerTextMax), static_cast<int64_t>(word)));
+        break;
       case etDouble: {
         double d;
         std::memcpy(&d, &word, sizeof d);
-        return m_out.putEnd(putFixed6(m_out.room(kFixed6TextMax), d));
+        m_out.putEnd(putFixed6(m_out.room(kFixed6TextMax), d));
+        break;
       }
       case etBoolean:
-        return m_out.put((word & 0xFF) ? "true" : "false");
+        m_out.put((word & 0xFF) ? "true" : "false");
+        break;
       default:
-        return writeScalar(type, ev->strValue());
+        writeScalar(type, m.own->strValue());
     }
+    return true;
+  }
+
+  Enter open(const Member& m, uint32_t) {
+    prefix(m);
+    m_out.put(kindOf(m.type()) == etObject ? '{' : '[');
+    return Enter::kMembers;
+  }
+
+  void close(int kind) { m_out.put(kind == etObject ? '}' : ']'); }
+
+ private:
+  void prefix(const Member& m) {
+    if (!m.first) m_out.put(',');
+    if (m.named) putName(m_out, m.name, m.type());
   }
 
   void writeScalar(uint32_t type, const ZrUtf8String& text) {
     int kind = kindOf(type);
     if (kind == etBoolean || kind == etInteger || kind == etDouble) m_out.put(viewOf(text));
     else putQuoted(m_out, viewOf(text));
-  }
-
-  bool writeObject(const IElementValueBase* e, const ElementValue* ev, int depth) {
-    if (!ev) return writeForeignObject(e, depth);
-    m_out.put('{');
-    const ObjectStore* store = entriesOf(*ev);
-    for (uint32_t i = 0; i < sizeOf(store); ++i) {
-      const Entry& entry = store->items()[i];
-      if (i) m_out.put(',');
-      putName(m_out, entry.name.view(), entry.value);
-      if (!write(entry.value, depth)) return false;
-    }
-    m_out.put('}');
-    return true;
-  }
-
-  bool writeArray(const IElementValueBase* e, const ElementValue* ev, int depth) {
-    if (!ev) return writeForeignArray(e, depth);
-    m_out.put('[');
-    auto* store = kindOf(ElementAccess::type(*ev)) == etArray
-                      ? reinterpret_cast<const ItemStore*>(ElementAccess::word(*ev))
-                      : nullptr;
-    for (uint32_t i = 0; i < sizeOf(store); ++i) {
-      if (i) m_out.put(',');
-      if (!write(store->items()[i], depth)) return false;
-    }
-    m_out.put(']');
-    return true;
-  }
-
-  // Containers of another element class, through their getters (out of line: their handles
-  // and names would otherwise widen every recursive frame).
-  __attribute__((noinline)) bool writeForeignObject(const IElementValueBase* e, int depth) {
-    m_out.put('{');
-    ZrUtf8String name;
-    for (int i = 0, n = e->property_count(); i < n; ++i) {
-      ZrJsonPtr value = e->enumproperty(i, name);
-      if (i) m_out.put(',');
-      putName(m_out, viewOf(name), value.get());
-      if (!write(value.get(), depth)) return false;
-    }
-    m_out.put('}');
-    return true;
-  }
-
-  __attribute__((noinline)) bool writeForeignArray(const IElementValueBase* e, int depth) {
-    m_out.put('[');
-    for (int i = 0, n = e->array_count(); i < n; ++i) {
-      if (i) m_out.put(',');
-      if (!write(e->array_sub(i).get(), depth)) return false;
-    }
-    m_out.put(']');
-    return true;
   }
 
   OutBuffer& m_out;
@@ -211,7 +165,12 @@ class JsonWriter {
 
 namespace zrad::json {
 
-bool writeText(const IElementValueBase& root, OutBuffer& out) { return JsonWriter(out).write(&root, 0); }
+bool writeText(const IElementValueBase& root, OutBuffer& out) {
+  TextVisitor visitor(out);
+  if (platformOutOfMemory([&] { return walkTree(root, visitor); }) == WalkEnd::kDone) return true;
+  ZRAD_LOG(5, kLogSource, "writeJson: the tree contains itself and cannot be written");
+  return false;
+}
 
 }  // namespace zrad::json
 

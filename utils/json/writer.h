@@ -7,8 +7,8 @@
 
 namespace zrad::json {
 
-// Appends the compact JSON text of `root` to `out`; false when the tree nests deeper than
-// kMaxDepth (`out` then holds part of it).
+// Appends the compact JSON text of `root` to `out`; false (logged) when the tree contains
+// itself (`out` then holds part of it).
 bool writeText(const IElementValueBase& root, OutBuffer& out);
 
 }  // namespace zrad::json

@@ -71,6 +71,7 @@ bool ZrJson::write(const std::string& path, fileFormat format, const char*) cons
     ZrStreamBufPtr stream =
         zrSystemServices()->createFile(ZrUtf8String(path), kFileWrite, kShareDenyNo, kCreateAlways);
     putAll(*stream, bytes.view());
+    stream->flush();
     return true;
   } catch (const ZrError&) {
     return false;

@@ -8,12 +8,12 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <string>
 #include <type_traits>
-#include <vector>
 
 #include <zrad/log.h>
 #include <zrplatform/memory.h>
@@ -26,10 +26,20 @@ static_assert(std::is_same<pthread_t, unsigned long>::value,
 
 namespace {
 
-const char* g_logFile = "zrad.log";
-bool g_printToFile = true;
-unsigned g_level = 4;
-ZrLogCallback g_callback = nullptr;
+// Settings change while other threads log, so each is an atomic that the logging path reads
+// once per message, without a lock. A log file name, once published, is never freed: a logging
+// thread may still be opening it. Each name links to the one it replaced, which keeps every
+// retired name reachable (leak checkers see them as owned) without a list to guard.
+struct LogFileName {
+  const char* text;
+  const LogFileName* replaced;
+};
+
+const LogFileName kDefaultLogFile{"zrad.log", nullptr};
+std::atomic<const LogFileName*> g_logFile{&kDefaultLogFile};
+std::atomic<bool> g_printToFile{true};
+std::atomic<unsigned> g_level{4};
+std::atomic<ZrLogCallback> g_callback{nullptr};
 
 // localtime_r once per second per thread: the broken-down time is the costly part of a line.
 const std::tm& localTimeOf(time_t seconds) {
@@ -53,7 +63,7 @@ int openLogFile(const char* name) {
 }
 
 void writeLine(int level, int line, const char* file, const char* function, const char* message) {
-  int fd = openLogFile(g_logFile);
+  int fd = openLogFile(g_logFile.load(std::memory_order_acquire)->text);
   if (fd < 0) return;
   timeval now;
   gettimeofday(&now, nullptr);
@@ -77,28 +87,31 @@ void writeLine(int level, int line, const char* file, const char* function, cons
 
 extern "C" {
 
-void zr_attach_log_fun(ZrLogCallback callback) { g_callback = callback; }
+void zr_attach_log_fun(ZrLogCallback callback) { g_callback.store(callback); }
 
 void zr_set_Log_file(const char* path) {
   if (!path) return;
+  // One block holds the link and the copied name, so the name is length + 1 bytes of it.
   size_t size = std::strlen(path) + 1;
-  auto* copy = static_cast<char*>(zrrxAlloc(size));
-  if (!copy) return;
-  std::memcpy(copy, path, size);
-  // The previous name is never freed, since another thread may be opening it right now; it is
-  // kept reachable so that leak checkers see it as owned.
-  static auto* retired = new std::vector<const char*>;  // lives until exit, like the names
-  retired->push_back(g_logFile);
-  g_logFile = copy;
+  auto* name = static_cast<LogFileName*>(zrrxAlloc(sizeof(LogFileName) + size));
+  if (!name) return;
+  char* text = reinterpret_cast<char*>(name + 1);
+  std::memcpy(text, path, size);
+  name->text = text;
+  // Published before it is linked: readers look only at the text, which is complete.
+  name->replaced = g_logFile.exchange(name, std::memory_order_acq_rel);
 }
 
-void zr_set_print_log_level(unsigned level) { g_level = level; }
-unsigned zrad_log_level() { return g_level; }
-void zr_set_print_log_to_file(int enabled) { g_printToFile = enabled != 0; }
+void zr_set_print_log_level(unsigned level) { g_level.store(level, std::memory_order_relaxed); }
+unsigned zrad_log_level() { return g_level.load(std::memory_order_relaxed); }
+void zr_set_print_log_to_file(int enabled) {
+  g_printToFile.store(enabled != 0, std::memory_order_relaxed);
+}
 
 void zr_Log(int level, int line, const char* file, const char* function, const char* message) {
-  if (g_printToFile) writeLine(level, line, file, function, message);
-  if (ZrLogCallback callback = g_callback) callback(level, line, file, function, message, pthread_self());
+  if (g_printToFile.load(std::memory_order_relaxed)) writeLine(level, line, file, function, message);
+  if (ZrLogCallback callback = g_callback.load())
+    callback(level, line, file, function, message, pthread_self());
 }
 
 void zr_Log_w(int level, int line, const char* file, const char* function, const wchar_t* message) {

@@ -1,12 +1,20 @@
 // The load-time log: phase timings of reading and showing a drawing, rewritten whole each time.
 #include <sys/time.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 
 #include <zrad/log.h>
 #include <zrplatform/strings.h>
 
 static zrLogTimes* g_instance = nullptr;
+
+// Milliseconds from `start` to now, held within 0 .. INT32_MAX (a clock set back gives 0).
+static int32_t elapsedSince(int64_t start) {
+  int64_t elapsed = zrLogTimes::getCurrentTime() - start;
+  return static_cast<int32_t>(std::min<int64_t>(std::max<int64_t>(elapsed, 0), INT32_MAX));
+}
 
 zrLogTimes* zrLogTimes::getInstance() {
   if (!g_instance) g_instance = new zrLogTimes();
@@ -49,7 +57,10 @@ void zrLogTimes::LogTime(LogTimeType phase, bool b) {
   if (!m_active) return;
   auto found = m_phases.find(phase);
   if (found == m_phases.end()) found = m_phases.emplace(phase, TestLogInfo{getCurrentTime(), -1, true}).first;
-  found->second.flag = b;
+  TestLogInfo& info = found->second;
+  // The call that clears the flag ends the phase: its elapsed time is taken now and kept.
+  if (info.flag && !b) info.elapsed = elapsedSince(info.startTime);
+  info.flag = b;
   LogInfo(false);
 }
 
@@ -63,7 +74,7 @@ void zrLogTimes::LogInfo(bool final) {
     int32_t elapsed = -1;
     if (found != m_phases.end()) {
       TestLogInfo& info = found->second;
-      if (info.flag) info.elapsed = static_cast<int32_t>(getCurrentTime() - info.startTime);
+      if (info.flag) info.elapsed = elapsedSince(info.startTime);
       elapsed = info.elapsed;
     }
     ZrUtf8String text = elapsed != -1

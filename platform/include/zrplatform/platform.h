@@ -5,6 +5,8 @@
 #include "error.h"
 #include "geometry.h"
 #include "memory.h"
+#include "module.h"
+#include "raster.h"
 #include "rxobject.h"
 #include "stream.h"
 #include "strings.h"

@@ -31,6 +31,10 @@ class ZRPLATFORM_EXPORT ZrStreamBuf : public ZrRxObject {
   virtual void rewind() { seek(0, kSeekFromStart); }
   // Cuts the stream at the current position.
   virtual void truncate() = 0;
+  // Hands what was written to the system and checks that it was taken, as closing would: a file
+  // stream throws ZrError(eFileWriteError) when that fails (a full disk). Writers call it before
+  // they report success; a stream released without it cannot report a failed close.
+  virtual void flush() {}
 };
 
 using ZrStreamBufPtr = ZrSmartPtr<ZrStreamBuf>;

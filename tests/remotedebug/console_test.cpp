@@ -1,0 +1,195 @@
+// The console calls against a service on 127.0.0.1 in the same process.
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <zrad/json.h>
+#include <zrad/remotedebug.h>
+
+#include "common/testdir.h"
+#include "remotedebug/console_address.h"
+
+namespace {
+
+// A port that was free a moment ago on 127.0.0.1 (the service steps on when it is taken).
+unsigned freePort() {
+  const int sock = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  bind(sock, reinterpret_cast<sockaddr*>(&address), sizeof address);
+  getsockname(sock, reinterpret_cast<sockaddr*>(&address), &length);
+  close(sock);
+  return ntohs(address.sin_port);
+}
+
+using Shown = std::pair<std::string, std::string>;
+
+// Records what the console is shown; answers arrive on the client's socket thread.
+class RecordingConsole : public NetCommandClientCallBack {
+ public:
+  explicit RecordingConsole(bool givesPassPhrase = true) : m_gives(givesPassPhrase) {}
+  bool inputPassPhrase(ZrString& passPhrase) override {
+    passPhrase = L"secret";
+    return m_gives;
+  }
+  bool showText(const ZrString& word, const ZrString& text) override {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_shown.emplace_back(ZrUtf8String(word).str(), ZrUtf8String(text).str());
+    m_changed.notify_all();
+    return true;
+  }
+  // What was shown once `count` texts arrived, or after 5 s.
+  std::vector<Shown> waitFor(size_t count) {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_changed.wait_for(lock, std::chrono::seconds(5), [&] { return m_shown.size() >= count; });
+    return m_shown;
+  }
+
+ private:
+  bool m_gives;
+  std::mutex m_mutex;
+  std::condition_variable m_changed;
+  std::vector<Shown> m_shown;
+};
+
+class ConsoleTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    CNetCommand::setCurrentDir(ZrString(ZrUtf8String(dir.path())));
+    service = RvRemoteDebugService::createObject(freePort());
+    service->setBindAddress("127.0.0.1");
+    ASSERT_TRUE(service->execute("service"));
+    ASSERT_NE(service->getPort(), 0u);
+    address = ZrString(ZrUtf8String::format("127.0.0.1:%u", service->getPort()));
+  }
+  void TearDown() override {
+    service->Disconect();
+    CNetCommand::setCurrentDir(ZrString());
+  }
+
+  // Runs one command and waits for its answer; the answer's texts.
+  std::vector<std::string> run(RvRemoteDebugCommunication* client, const char* word,
+                               const std::string& arg1 = "", ZrJsonPtr* out = nullptr) {
+    ZrJsonPtr in = ZrJson::readjson("{}");
+    in->SetDataS("arg1", arg1.c_str());
+    ZrJsonPtr answer = ZrJson::readjson("{}");
+    EXPECT_TRUE(CNetCommand::sendSynCommand(client, word, 5000, in, answer)) << word;
+    if (out) *out = answer;
+    std::vector<std::string> texts;
+    for (int i = 0; i < answer("texts").ArrayCount(); ++i) texts.push_back(answer("texts")(i)->strValue().str());
+    return texts;
+  }
+
+  TestDir dir;
+  ZrSmartPtr<RvRemoteDebugService> service;
+  ZrString address;
+};
+
+}  // namespace
+
+TEST(ConsoleAddress, HostAndPortSplit) {
+  const struct {
+    const char *address, *host;
+    int port;
+  } rows[] = {
+      {"127.0.0.2", "127.0.0.2", 6666},   {"127.0.0.2:7000", "127.0.0.2", 7000},
+      {"127.0.0.2:x", "127.0.0.2", 0},    {"127.0.0.2:", "127.0.0.2", 0},
+      {"127.0.0.2:80:90", "127.0.0.2", 80}, {":81", "", 81},
+      {"127.0.0.2: 82x", "127.0.0.2", 82},
+  };
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    ZrUtf8String host = "unchanged";
+    int port = -1;
+    zrad::remote::splitConsoleAddress(rows[i].address, host, port);
+    EXPECT_EQ(host.str(), rows[i].host) << "row " << i;
+    EXPECT_EQ(port, rows[i].port) << "row " << i;
+  }
+}
+
+TEST(ConsoleHelp, TwentyOneLinesInOrderAndSendCommandRules) {
+  RecordingConsole console;
+  CNetCommand::cmdHelp(&console);
+  CNetCommand::cmdHelp(nullptr);
+  const std::vector<Shown> shown = console.waitFor(1);
+  ASSERT_EQ(shown.size(), 1u);
+  EXPECT_EQ(shown[0].first, "HELP");
+  std::string words;
+  int count = 0;
+  for (size_t at = 0, end; (end = shown[0].second.find("\r\n", at)) != std::string::npos; at = end + 2, ++count)
+    words += shown[0].second.substr(at, shown[0].second.find(' ', at) - at) + ",";
+  EXPECT_EQ(count, 21);
+  EXPECT_EQ(words, "HELLO,VER,LOF,LS,CD,O,UP,DOWN,MD,R,RN,FIND,CP,LA,AI,!命令名,LC,(…),CF,AF,DEBUG,");
+  const std::string last = "DEBUG     注入调试指定APP。\r\n";
+  EXPECT_EQ(shown[0].second.rfind(last), shown[0].second.size() - last.size());
+
+  EXPECT_TRUE(CNetCommand::sendCommand(nullptr, L"HELP", L"", L"", &console));
+  EXPECT_FALSE(CNetCommand::sendCommand(nullptr, L"HELLO", L"", L"", &console));
+  EXPECT_FALSE(CNetCommand::sendSynCommand(nullptr, "HELLO", 10, nullptr, nullptr));
+  EXPECT_EQ(console.waitFor(1).size(), 1u);  // HELP showed nothing
+}
+
+TEST_F(ConsoleTest, ConnectLogsInOrRefuses) {
+  RecordingConsole cancelling(false);
+  EXPECT_TRUE(CNetCommand::cmdConnect(address, L"", &cancelling).isNull());
+  EXPECT_EQ(cancelling.waitFor(1), (std::vector<Shown>{{"CN", "取消登陆！"}}));
+  EXPECT_TRUE(CNetCommand::cmdConnect(address, L"", nullptr).isNull());
+
+  // Nothing listens on a port that the service gave up; a host that is no dotted address.
+  ZrSmartPtr<RvRemoteDebugService> gone = RvRemoteDebugService::createObject(freePort());
+  gone->setBindAddress("127.0.0.1");
+  ASSERT_TRUE(gone->execute("gone"));
+  const unsigned gonePort = gone->getPort();
+  gone->Disconect();
+  RecordingConsole console;
+  EXPECT_TRUE(CNetCommand::cmdConnect(ZrString(ZrUtf8String::format("127.0.0.1:%u", gonePort)), L"", &console).isNull());
+  EXPECT_TRUE(CNetCommand::cmdConnect(L"localhost:1", L"", &console).isNull());
+
+  ZrSmartPtr<RvRemoteDebugClient> client = CNetCommand::cmdConnect(address, L"", &console);
+  ASSERT_FALSE(client.isNull());
+  EXPECT_TRUE(CNetCommand::sendCommand(client.get(), L"hello", L"", L"", &console));
+  EXPECT_TRUE(CNetCommand::sendCommand(client.get(), L"CN", L"", L"", &console));
+  EXPECT_TRUE(CNetCommand::sendCommand(client.get(), L"nosuch", L"", L"", &console));
+  EXPECT_TRUE(CNetCommand::sendCommand(client.get(), L"LC", L"", L"", &console));
+  std::vector<Shown> shown = console.waitFor(2);
+  std::sort(shown.begin(), shown.end());
+  EXPECT_EQ(shown, (std::vector<Shown>{{"HELLO", "欢迎连接 本机"}, {"LC", "不支持"}}));
+  client->Disconect();
+  EXPECT_TRUE(CNetCommand::sendCommand(client.get(), L"HELLO", L"", L"", &console));  // no socket
+}
+
+TEST_F(ConsoleTest, FilesTravelBothWays) {
+  ZrSmartPtr<RvRemoteDebugClient> client = RvRemoteDebugClient::createObject("127.0.0.1", static_cast<int>(service->getPort()));
+  ASSERT_TRUE(client->execute("client"));
+  ASSERT_NE(client->getSocket(), 0);
+  std::string content(300000, '\0');
+  for (size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i * 7 + i / 251);
+  writeFile(dir / "local/data.bin", content);
+
+  EXPECT_EQ(run(client.get(), "UP", dir / "local/data.bin"), std::vector<std::string>{"上传成功！"});
+  EXPECT_EQ(readFile(dir / "data.bin"), content);
+  ZrJsonPtr out;
+  EXPECT_EQ(run(client.get(), "DOWN", "data.bin", &out),
+            std::vector<std::string>{"已下载到：" + dir / "data-副本.bin"});
+  EXPECT_EQ(out("path")->strValue().str(), dir / "data-副本.bin");
+  EXPECT_EQ(readFile(dir / "data-副本.bin"), content);
+  EXPECT_EQ(run(client.get(), "DOWN", "missing"), std::vector<std::string>{"此文件（夹）不存在！"});
+  EXPECT_EQ(run(client.get(), "up", dir / "missing"), std::vector<std::string>{"此文件（夹）不存在！"});
+  EXPECT_EQ(run(client.get(), "checkpass", "x"), std::vector<std::string>{"验证成功！"});
+  EXPECT_EQ(run(client.get(), "MD", "made"), std::vector<std::string>{"新建成功！"});
+  EXPECT_EQ(run(client.get(), "R", "made"), std::vector<std::string>{"删除成功！"});
+  client->Disconect();
+  EXPECT_TRUE(CNetCommand::sendSynCommand(client.get(), "HELLO", 10, nullptr, nullptr));  // no socket: nothing sent
+}

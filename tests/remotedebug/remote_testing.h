@@ -1,0 +1,150 @@
+// Helpers of the remote-debugging tests: hand-built frames, raw peers and a test conversation.
+//
+// Frames are encoded here independently of the library: every integer appended byte by byte
+// in little-endian order, as the two ends of this protocol lay them out.
+#pragma once
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <zrad/remotedebug.h>
+
+namespace remotetest {
+
+inline void appendLe(std::string& out, uint64_t value, int bytes) {
+  for (int i = 0; i < bytes; ++i) out += static_cast<char>((value >> (8 * i)) & 0xFF);
+}
+
+// [L][N][payload][sizes when L and N are not 0][contents]
+inline std::string frame(const std::string& payload, const std::vector<std::string>& files = {}) {
+  std::string out;
+  appendLe(out, payload.size(), 4);
+  appendLe(out, files.size(), 4);
+  out += payload;
+  if (payload.empty()) return out;
+  for (const std::string& file : files) appendLe(out, file.size(), 4);
+  for (const std::string& file : files) out += file;
+  return out;
+}
+
+inline std::string messageHeader(int32_t reqId, uint64_t sender, uint64_t receiver, int32_t seq) {
+  std::string out;
+  appendLe(out, static_cast<uint32_t>(reqId), 4);
+  appendLe(out, sender, 8);
+  appendLe(out, receiver, 8);
+  appendLe(out, static_cast<uint32_t>(seq), 4);
+  return out;
+}
+
+inline uint64_t readLe(const std::string& bytes, size_t at, int width) {
+  uint64_t value = 0;
+  for (int i = width - 1; i >= 0; --i) value = value << 8 | static_cast<uint8_t>(bytes.at(at + i));
+  return value;
+}
+
+// A connected pair of stream sockets; both closed at the end unless released.
+struct SocketPair {
+  int fd[2] = {-1, -1};
+  SocketPair() { EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fd), 0); }
+  ~SocketPair() {
+    for (int f : fd)
+      if (f >= 0) close(f);
+  }
+  int release(int i) {
+    int f = fd[i];
+    fd[i] = -1;
+    return f;
+  }
+};
+
+inline void sendAll(int fd, const std::string& bytes) {
+  size_t done = 0;
+  while (done < bytes.size()) {
+    ssize_t n = send(fd, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
+    if (n <= 0) return;
+    done += static_cast<size_t>(n);
+  }
+}
+
+// Everything `fd` delivers until it has been quiet for `quietMs` (or closed).
+inline std::string receiveUntilQuiet(int fd, int quietMs = 200) {
+  std::string out;
+  char buffer[65536];
+  pollfd ready{fd, POLLIN, 0};
+  while (poll(&ready, 1, quietMs) > 0) {
+    ssize_t n = recv(fd, buffer, sizeof buffer, 0);
+    if (n <= 0) break;
+    out.append(buffer, static_cast<size_t>(n));
+  }
+  return out;
+}
+
+// Exactly `length` bytes from `fd` (fewer when it stays quiet for 5 s or closes).
+inline std::string receiveExactly(int fd, size_t length) {
+  std::string out(length, '\0');
+  size_t done = 0;
+  pollfd ready{fd, POLLIN, 0};
+  while (done < length && poll(&ready, 1, 5000) > 0) {
+    ssize_t n = recv(fd, &out[done], length - done, 0);
+    if (n <= 0) break;
+    done += static_cast<size_t>(n);
+  }
+  out.resize(done);
+  return out;
+}
+
+// Payload bytes of a package, from the start.
+inline std::string payloadOf(const RvNetPackage& pkg) {
+  ZrSmartPtr<ZrStreamBuf> stream = pkg.stream();
+  if (!stream) return "";
+  std::string out(stream->length(), '\0');
+  stream->seek(0, kSeekFromStart);
+  stream->getBytes(&out[0], static_cast<uint32_t>(out.size()));
+  return out;
+}
+
+inline void appendText(RvNetPackage& pkg, const std::string& text) {
+  ZrSmartPtr<ZrStreamBuf> stream = pkg.stream();
+  stream->seek(0, kSeekFromEnd);
+  stream->putBytes(text.data(), static_cast<uint32_t>(text.size()));
+}
+
+// Descriptors open in this process.
+int openDescriptors();
+
+// A conversation that opens with `text` (and a file), records what its answers carry and ends
+// itself after `answers` answers, writing "bye" into its last reply.
+class TestCom : public ZradNetComImp<INetCom> {
+ public:
+  static ZrSmartPtr<TestCom> create(int reqId, const std::string& text, int answers = 1,
+                                    const std::string& file = "");
+  int getReqId() const override { return m_reqId; }
+  bool OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
+                     ZrSmartPtr<RvNetPackage> reply) override;
+  // Payload text after the header of every answer, and the first file of the last one.
+  std::vector<std::string> answers() const;
+  std::string fileReceived() const;
+
+ protected:
+  TestCom() = default;
+
+ private:
+  int m_reqId = 0;
+  int m_answersWanted = 1;
+  std::string m_text, m_file, m_fileReceived;
+  std::vector<std::string> m_answers;
+  mutable std::mutex m_lock;
+};
+
+// The peer side of TestCom: answers "echo:<text>" with the received file attached.
+ZrSmartPtr<INetCom> createEchoMonitor(int reqId);
+
+}  // namespace remotetest
