@@ -7,12 +7,17 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace {
 
+// The file each input is written to, one per process, removed at exit.
 const std::string& inputPath() {
-  static const std::string path = "/tmp/zrad-xml-fuzz-" + std::to_string(getpid()) + ".xml";
+  static const std::string path = [] {
+    std::atexit([] { unlink(inputPath().c_str()); });
+    return "/tmp/zrad-xml-fuzz-" + std::to_string(getpid()) + ".xml";
+  }();
   return path;
 }
 
