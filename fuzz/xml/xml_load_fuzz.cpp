@@ -8,16 +8,17 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 
 namespace {
 
-// The file each input is written to, one per process, removed at exit.
-const std::string& inputPath() {
-  static const std::string path = [] {
-    std::atexit([] { unlink(inputPath().c_str()); });
-    return "/tmp/zrad-xml-fuzz-" + std::to_string(getpid()) + ".xml";
-  }();
+// The file each input is written to, one per process, removed at exit. A plain array, so it
+// is still there when the exit handler runs.
+const char* inputPath() {
+  static char path[64];
+  if (!path[0]) {
+    std::snprintf(path, sizeof path, "/tmp/zrad-xml-fuzz-%d.xml", int(getpid()));
+    std::atexit([] { unlink(path); });
+  }
   return path;
 }
 
@@ -47,7 +48,7 @@ ZrSmartPtr<ZrsiPwUtXmlNode> walk(const ZrSmartPtr<ZrsiPwUtXmlNode>& node) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  FILE* file = std::fopen(inputPath().c_str(), "wb");
+  FILE* file = std::fopen(inputPath(), "wb");
   if (!file) return 0;
   const bool written = std::fwrite(data, 1, size, file) == size;
   if (std::fclose(file) != 0 || !written) return 0;
