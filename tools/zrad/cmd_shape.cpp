@@ -1,8 +1,11 @@
-// zrad shape: renders built-in or "shape1.0" shapes to SVG and dumps their recordings.
+// zrad shape: renders built-in or "shape1.0" shapes to SVG or PNG and dumps their recordings.
 //
 // A shape is fitted into a square canvas by its frame (the larger side fills the canvas) and
-// centred; its base point lands where the frame puts it.
+// centred by what it draws (render/canvas.h).
+#include <strings.h>
+
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -12,7 +15,7 @@
 #include <zrad/shape.h>
 
 #include "command.h"
-#include "render/svg_context.h"
+#include "render/canvas.h"
 
 using namespace zradtool;
 
@@ -20,18 +23,20 @@ namespace {
 
 const char kName[] = "shape";
 const int kBuiltinIcons = 8;
+// PNG files are written by the "ZrRaster" module, which may be what is missing.
+const char kPngHint[] = " (through the ZrRaster module)";
 
 int run(const Args& args);
 
 const Family kFamily{
-    kName, "render shapes to SVG, dump shape recordings",
-    "usage: zrad shape render (SLOT|FILE|-) OUT.svg [--size N] [--background COLOUR]\n"
+    kName, "render shapes to SVG or PNG, dump shape recordings",
+    "usage: zrad shape render (SLOT|FILE|-) OUT.(svg|png) [--size N] [--background COLOUR]\n"
     "       zrad shape render --all DIR [--size N] [--background COLOUR]\n"
     "       zrad shape dump (SLOT|FILE|-)\n"
     "  SLOT is a built-in shape 0-7; FILE or - (standard input) holds a shape1.0 text\n"
     "  --size N             canvas of N x N pixels (default 256)\n"
     "  --background COLOUR  #rrggbb, #rrggbbaa or none (default none)\n"
-    "  --all DIR            writes DIR/slotN.svg for every built-in shape\n"
+    "  --all DIR            writes DIR/slotN.svg and DIR/slotN.png for every built-in shape\n"
     "  dump prints one line per record: its tag and values, pens as a replay at scale 1\n"
     "  draws them\n",
     run};
@@ -77,18 +82,9 @@ bool parseColour(const std::string& text, unsigned& colour) {
   return true;
 }
 
-bool writeSvg(const ZrShape& shape, const std::string& path, int size, unsigned background) {
-  SvgContext svg(size, background);
-  const float side = shape.width() > shape.height() ? shape.width() : shape.height();
-  const double k = side > 0 ? size / double(side) : 1.0;
-  const double w = shape.width() * k, h = shape.height() * k;
-  const float x = float((size - w) / 2 + shape.baseX() * k);
-  const float y = float((size - h) / 2 + shape.baseY() * k);
-  shape.draw(&svg, x, y, w, h);
-  std::ofstream out(path, std::ios::binary);
-  out << svg.document();
-  out.close();
-  return bool(out);
+bool endsWith(const std::string& text, const char* tail) {
+  const size_t n = std::strlen(tail);
+  return text.size() >= n && strcasecmp(text.c_str() + text.size() - n, tail) == 0;
 }
 
 // Prints every call as the record it would make: tag, then values.
@@ -154,21 +150,26 @@ int run(const Args& args) {
   }
   if (verb == "render" && all && operands.size() == 2) {
     for (int slot = 0; slot < kBuiltinIcons; ++slot) {
-      const std::string path = operands[1] + "/slot" + std::to_string(slot) + ".svg";
-      if (!writeSvg(*ZrShape::globalShape(slot), path, size, background))
-        return fail(kName, "cannot write " + path);
+      const std::string path = operands[1] + "/slot" + std::to_string(slot);
+      const ZrShape& builtin = *ZrShape::globalShape(slot);
+      if (!writeSvg(builtin, path + ".svg", size, background))
+        return fail(kName, "cannot write " + path + ".svg");
+      if (!writePng(builtin, path + ".png", size, background))
+        return fail(kName, "cannot write " + path + ".png" + kPngHint);
     }
     return kOk;
   }
   if (verb == "render" && !all && operands.size() == 3) {
     const std::string& out = operands[2];
-    if (out.size() < 4 || out.compare(out.size() - 4, 4, ".svg") != 0)
-      return fail(kName, "only SVG output is available (" + out + ")");
+    const bool png = endsWith(out, ".png");
+    if (!png && !endsWith(out, ".svg"))
+      return fail(kName, "the output name must end in .svg or .png (" + out + ")");
     if (!loadShape(operands[1], shape, error)) return fail(kName, error);
-    if (!writeSvg(shape, out, size, background)) return fail(kName, "cannot write " + out);
+    if (png ? !writePng(shape, out, size, background) : !writeSvg(shape, out, size, background))
+      return fail(kName, "cannot write " + out + (png ? kPngHint : ""));
     return kOk;
   }
-  return usageError(kFamily, "expected render SOURCE OUT.svg, render --all DIR or dump SOURCE");
+  return usageError(kFamily, "expected render SOURCE OUT, render --all DIR or dump SOURCE");
 }
 
 const FamilyRegistration kRegistration(kFamily);

@@ -1,14 +1,14 @@
 // SvgContext: shape drawing calls as SVG path data.
 #include "render/svg_context.h"
 
+#include "render/arc.h"
+
 #include <cmath>
 #include <cstdio>
 
 namespace zradtool {
 
 namespace {
-
-const double kPi = 3.14159265358979323846;
 
 // ' fill="#rrggbb" fill-opacity="a"' for `attribute` "fill".
 std::string paint(const char* attribute, unsigned colour) {
@@ -66,10 +66,13 @@ void SvgContext::add(char command, std::initializer_list<double> values) {
   }
 }
 
-void SvgContext::closeFigure() { add('Z', {}); }
+void SvgContext::closeFigure() {
+  add('Z', {});
+  m_x = m_startX, m_y = m_startY;
+}
 void SvgContext::moveTo(float x, float y) {
   add('M', {x, y});
-  m_x = x, m_y = y;
+  m_x = m_startX = x, m_y = m_startY = y;
 }
 void SvgContext::lineTo(float x, float y) {
   add('L', {x, y});
@@ -85,29 +88,18 @@ void SvgContext::curve3To(float c1x, float c1y, float c2x, float c2y, float x, f
 }
 
 // The circle through the current point, (x1, y1) and (x2, y2), drawn as two SVG arcs split at
-// the middle point, so that an arc back to its start (a full circle) still draws.
+// the middle point, so that no single SVG arc has to decide between two halves.
 void SvgContext::arcTo(float x1, float y1, float x2, float y2) {
-  const double ax = m_x, ay = m_y, bx = x1, by = y1, cx = x2, cy = y2;
-  const double d = 2 * (ax * (by - cy) + bx * (cy - ay) + cx * (ay - by));
-  if (std::fabs(d) < 1e-12) {  // on one line: no circle
+  Arc arc;
+  if (!arcThrough(m_x, m_y, x1, y1, x2, y2, arc)) {
     lineTo(x2, y2);
     return;
   }
-  const double a2 = ax * ax + ay * ay, b2 = bx * bx + by * by, c2 = cx * cx + cy * cy;
-  const double ux = (a2 * (by - cy) + b2 * (cy - ay) + c2 * (ay - by)) / d;
-  const double uy = (a2 * (cx - bx) + b2 * (ax - cx) + c2 * (bx - ax)) / d;
-  const double r = std::hypot(ax - ux, ay - uy);
-  // Turning direction of a -> b -> c; 1 is the direction of growing angles (clockwise on screen).
-  const int sweep = (bx - ax) * (cy - by) - (by - ay) * (cx - bx) > 0 ? 1 : 0;
-  auto angle = [&](double x, double y) { return std::atan2(y - uy, x - ux); };
-  auto span = [&](double from, double to) {  // the angle swept from `from` to `to`, 0 .. 2 pi
-    double s = sweep ? to - from : from - to;
-    while (s < 0) s += 2 * kPi;
-    return s;
-  };
-  const double ta = angle(ax, ay), tb = angle(bx, by), tc = angle(cx, cy);
-  add('A', {r, r, 0, span(ta, tb) > kPi ? 1.0 : 0.0, double(sweep), bx, by});
-  add('A', {r, r, 0, span(tb, tc) > kPi ? 1.0 : 0.0, double(sweep), cx, cy});
+  const double pi = kFullTurn / 2, sweep = arc.clockwise ? 1 : 0;
+  add('A', {arc.radius, arc.radius, 0, std::fabs(arc.middle - arc.start) > pi ? 1.0 : 0.0, sweep,
+            x1, y1});
+  add('A', {arc.radius, arc.radius, 0, std::fabs(arc.end - arc.middle) > pi ? 1.0 : 0.0, sweep,
+            x2, y2});
   m_x = x2, m_y = y2;
 }
 
@@ -116,7 +108,7 @@ void SvgContext::circle(float cx, float cy, float r) {
   add('A', {r, r, 0, 1, 0, cx + r, cy});
   add('A', {r, r, 0, 1, 0, cx - r, cy});
   add('Z', {});
-  m_x = cx, m_y = cy;
+  m_x = m_startX = cx - r, m_y = m_startY = cy;
 }
 
 }  // namespace zradtool

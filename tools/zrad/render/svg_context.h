@@ -37,7 +37,8 @@ class SvgContext : public ZrShapeContext {
 
   std::string m_body;
   std::string m_path;
-  float m_x = 0.0f, m_y = 0.0f;  // the current point
+  float m_x = 0.0f, m_y = 0.0f;            // the current point
+  float m_startX = 0.0f, m_startY = 0.0f;  // where the figure began, where "Z" returns
   float m_penWidth = 1.0f;
   unsigned m_pen = 0xFF000000u, m_brush = 0xFF000000u;
 };
