@@ -277,8 +277,8 @@ ZRAD_EXPORT bool zrutRemovePath(const ZrUtf8String& path);
 // Removes everything inside `directory`, keeping it; stops at the first failure (false).
 ZRAD_EXPORT bool zrutCleanPath(const ZrUtf8String& directory);
 
-// Copies a file's bytes and its access and modification times. A directory source is copied
-// with zrutCopyPath. False for an empty path, a source that cannot be read, a destination that
+// Copies a file's bytes and its access and modification times; the holes of a sparse file
+// stay holes in the copy. A directory source is copied with zrutCopyPath. False for an empty path, a source that cannot be read, a destination that
 // is the source itself (links and hard links included) or cannot be written.
 //   ("a.txt", "b.txt")     => true, and nothing is copied (a bare destination name)
 //   ("d/f", "d/f")         => false

@@ -25,8 +25,8 @@ class ZRAD_EXPORT ZrGiRasterImageWrap : public ZrGiRasterImage {
 
   // Points the image at `pixels`. A pitch of 0 is zrGiScanLineSize(width, depth). With `owned`
   // the buffer (from zrrxAlloc) becomes the wrap's. Returns false, changing nothing, when the
-  // buffer is null, width, height or depth is not positive, depth is above 32, an offset, row or
-  // pitch is negative or the rows do not fit a 64-bit size.
+  // buffer is null, width, height or depth is not positive, depth is above 32, the offset, first
+  // row or pitch is negative, or the pitch is shorter than a row of pixels.
   bool setPixels(unsigned char* pixels, int width, int height, int depth, int pitch = 0,
                  bool owned = false, int offset = 0, int firstRow = 0);
   // Copies `count` entries (0xAARRGGBB); null or a count of 0 leaves no palette. Returns false,
@@ -111,7 +111,7 @@ class ZRAD_EXPORT ZrGiImageColorBitsTransformer : public ZrGiInversionRasterTran
 
 // A ZrGiRasterImageWrap over the caller's pixels (not copied, not owned; they must outlive the
 // image). Depth 0 is taken as 1. Palette: `paletteCount` entries copied from `palette` when the
-// count is above 0; otherwise depth 1 gets black and white, depth 4 the 16 standard colours,
+// count is above 0; otherwise (0 or negative) depth 1 gets black and white, depth 4 the 16 standard colours,
 // depth 8 zrGiDarkBackgroundPalette(), other depths below 16 a zero-filled palette of 2^depth
 // entries, depths from 16 up none. Format: `format` when given; otherwise depth 24 has red at
 // 16, green at 8, blue at 0 (8 bits each), depth 16 has 5 bits each at 10, 5 and 0, and every

@@ -430,6 +430,24 @@ ZRAD_EXPORT ZrUtf8String zrsiutEvaluatePath(const ZrUtf8String& text, ZrJsonPtr 
 ZRAD_EXPORT void zrutEnumPaths(ZrJsonPtr list, ZrArray<ZrUtf8String>& out);
 ZRAD_EXPORT void zrutEnumPathsW(ZrJsonPtr list, ZrArray<ZrString>& out);
 
+// Questions a tool asks about element-tree input before or after reading it.
+//
+// True when a file or stream starting with the byte `first` is taken for the binary form, as
+// read(), readFromStream() and load() decide (0xE0..0xE2; only 0xE0 is decoded).
+ZRAD_EXPORT bool zrutIsBinaryJsonStart(unsigned char first);
+// Why JSON text does not read as a tree: the byte offset where parsing stopped, its line and
+// column there (both from 1; the column counts bytes) and the reason in the parser's words
+// ("Missing a comma or '}' after an object member."). A number refused for its exponent is
+// reported at offset 0. The text is read as the readers read it, up to its first zero byte.
+struct ZrJsonTextError {
+  size_t offset = 0;
+  int line = 0;
+  int column = 0;
+  std::string reason;
+};
+// False, with `error` untouched, when the text reads as a tree.
+ZRAD_EXPORT bool zrutLocateJsonError(const char* text, size_t length, ZrJsonTextError& error);
+
 inline ZrJsonPtr::ZrJsonPtr(IElementValueBase* p) : m_p(p) {
   if (m_p) m_p->AddRef();
 }

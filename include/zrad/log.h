@@ -29,6 +29,8 @@ typedef void (*ZrLogCallback)(int level, int line, const char* file, const char*
 // Replaces the callback; null detaches.
 ZRAD_EXPORT void zr_attach_log_fun(ZrLogCallback callback);
 // Copies `path` and logs to it from now on; null (or a failed copy) keeps the current name.
+// Every setting may change while other threads log: each message sees the old or the new value.
+// A replaced name is never freed (a logging thread may still be opening it).
 ZRAD_EXPORT void zr_set_Log_file(const char* path);
 ZRAD_EXPORT void zr_set_print_log_level(unsigned level);
 // The threshold callers compare with; 4 by default.

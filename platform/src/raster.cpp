@@ -51,13 +51,15 @@ uint32_t ZrGiInversionRasterTransformer::color(int index) const {
 void ZrGiInversionRasterTransformer::scanLines(uint8_t* buffer, int firstScanline,
                                                int numLines) const {
   original()->scanLines(buffer, firstScanline, numLines);
-  if (colorDepth() != 32 || numColors() > 0) return;
-  const int height = pixelHeight();
-  const size_t rowSize = static_cast<size_t>(scanLineSize());
-  const size_t pixels = static_cast<size_t>(pixelWidth());
+  const int height = pixelHeight(), width = pixelWidth(), rowSize = scanLineSize();
+  // Palette images change their entries instead; a source whose rows cannot hold its width
+  // is left as it is rather than written past its rows.
+  if (colorDepth() != 32 || numColors() > 0 || width <= 0 || rowSize / 4 < width) return;
+  const size_t pixels = static_cast<size_t>(width);
   for (int r = 0; r < numLines; ++r) {
     const long long row = static_cast<long long>(firstScanline) + r;
-    if (row >= 0 && row < height) transformRow(buffer + static_cast<size_t>(r) * rowSize, pixels);
+    if (row >= 0 && row < height)
+      transformRow(buffer + static_cast<size_t>(r) * static_cast<size_t>(rowSize), pixels);
   }
 }
 

@@ -11,16 +11,6 @@ namespace {
 
 using Format = ZrGiRasterImage::tagPixelFormatInfo;
 
-Format format(int r, int g, int b, int a, int bits, int alphaBits, uint32_t model) {
-  Format f;
-  f.redOffset = uint8_t(r), f.greenOffset = uint8_t(g), f.blueOffset = uint8_t(b);
-  f.alphaOffset = uint8_t(a);
-  f.numRedBits = f.numGreenBits = f.numBlueBits = uint8_t(bits);
-  f.numAlphaBits = uint8_t(alphaBits);
-  f.colorModel = model;
-  return f;
-}
-
 // Every row of `image`, as its scanline interface hands them out.
 std::vector<uint8_t> rows(const ZrSmartPtr<ZrGiRasterImage>& image) {
   std::vector<uint8_t> out(size_t(image->scanLineSize()) * size_t(image->pixelHeight()));
@@ -37,7 +27,7 @@ std::vector<uint32_t> pixels32(const ZrSmartPtr<ZrGiRasterImage>& image) {
 
 TEST(ImageWrap, DefaultPalettesAndFormatsByDepth) {
   unsigned char pixels[64] = {};
-  const Format argb = format(16, 8, 0, 24, 8, 8, 32);
+  const Format argb = Format{16, 8, 8, 8, 0, 8, 24, 8, 32};
   struct Row {
     int depth, reportedDepth, colors;
     uint32_t first, eighth;
@@ -48,8 +38,8 @@ TEST(ImageWrap, DefaultPalettesAndFormatsByDepth) {
       {3, 3, 8, 0, 0, argb},
       {4, 4, 16, 0xFF000000, 0xFFFFFFFF, argb},
       {8, 8, 256, zrGiDarkBackgroundPalette()[0], zrGiDarkBackgroundPalette()[7], argb},
-      {16, 16, 0, 0, 0, format(10, 5, 0, 0, 5, 0, 0)},
-      {24, 24, 0, 0, 0, format(16, 8, 0, 0, 8, 0, 0)},
+      {16, 16, 0, 0, 0, Format{10, 5, 5, 5, 0, 5, 0, 0, 0}},
+      {24, 24, 0, 0, 0, Format{16, 8, 8, 8, 0, 8, 0, 0, 0}},
       {32, 32, 0, 0, 0, argb},
   };
   for (size_t i = 0; i < std::size(table); ++i) {
@@ -65,12 +55,13 @@ TEST(ImageWrap, DefaultPalettesAndFormatsByDepth) {
     EXPECT_EQ(image->scanLineSize(), zrGiScanLineSize(3, row.reportedDepth)) << "row " << i;
   }
   EXPECT_EQ(zrutImageWrap(pixels, 1, 1, 1, nullptr, 0, nullptr)->color(1), 0xFFFFFFFFu);
+  EXPECT_EQ(zrutImageWrap(pixels, 1, 1, 4, nullptr, -1, nullptr)->numColors(), 16);
 }
 
 TEST(ImageWrap, CopiesWhatItIsGivenAndRefusesBadInput) {
   unsigned char pixels[16] = {};
   unsigned int palette[3] = {0xFF102030, 0xFF405060, 0x00708090};
-  Format custom = format(0, 8, 16, 24, 8, 8, 7);
+  Format custom = Format{0, 8, 8, 8, 16, 8, 24, 8, 7};
   ZrSmartPtr<ZrGiRasterImage> image = zrutImageWrap(pixels, 2, 2, 8, palette, 3, &custom);
   palette[0] = 0;
   custom.colorModel = 0;
@@ -89,7 +80,7 @@ TEST(ImageWrap, CopiesWhatItIsGivenAndRefusesBadInput) {
       {pixels, 2, -1, 8, nullptr, 0}, {pixels, 2, 2, -8, nullptr, 0},
       {pixels, 2, 2, 64, nullptr, 0}, {pixels, 2, 2, 33, nullptr, 0},
       {pixels, 2, 2, 8, nullptr, 2},  {pixels, 2, 2, 8, palette, 300},
-      {pixels, 2, 2, 8, palette, -1}, {pixels, 1 << 30, 1 << 30, 32, nullptr, 0},
+      {pixels, 1 << 30, 1 << 30, 32, nullptr, 0},
   };
   for (size_t i = 0; i < std::size(refused); ++i) {
     const Row& r = refused[i];
@@ -200,7 +191,7 @@ class OddImage : public ZrGiRasterImage {
 TEST(ImageClone, DeepCopyOfAnyImage) {
   unsigned char pixels[4 * 2] = {1, 2, 3, 0, 4, 5, 6, 0};
   unsigned int palette[7] = {0xFF000001, 2, 3, 4, 5, 6, 0xFF000007};
-  Format custom = format(1, 2, 3, 4, 5, 6, 9);
+  Format custom = Format{1, 5, 2, 5, 3, 5, 4, 6, 9};
   ZrSmartPtr<ZrGiRasterImage> source = zrutImageWrap(pixels, 3, 2, 8, palette, 7, &custom);
   ZrSmartPtr<ZrGiRasterImage> view = zrutImageConvert(source, 0x3);  // opaque and flipped
 
@@ -220,9 +211,8 @@ TEST(ImageClone, DeepCopyOfAnyImage) {
   ZrSmartPtr<OddImage> odd = ZrRxObjectImpl<OddImage>::createObject();
   struct Row {
     int width, height, depth, colors, rowSize;
-  } refused[] = {{0, 2, 8, 0, 4},  {2, -2, 8, 0, 4}, {2, 2, 0, 0, 4}, {2, 2, 64, 0, 16},
-                 {2, 2, 3, 0, 4},  {2, 2, 8, 300, 4}, {2, 2, 8, -1, 4}, {2, 2, 32, 0, 4},
-                 {2, 2, 8, 0, 0}};
+  } refused[] = {{0, 2, 8, 0, 4},   {2, -2, 8, 0, 4}, {2, 2, 0, 0, 4}, {2, 2, 64, 0, 16},
+                 {2, 2, 3, 0, 4},   {2, 2, 8, 300, 4}, {2, 2, 32, 0, 4}};
   for (size_t i = 0; i < std::size(refused); ++i) {
     const Row& r = refused[i];
     odd->width = r.width, odd->height = r.height, odd->depth = r.depth;
@@ -231,6 +221,11 @@ TEST(ImageClone, DeepCopyOfAnyImage) {
     // Depth 3 with a 4-byte row is usable: the only row that clones.
     EXPECT_EQ(bool(copy), i == 4) << "row " << i;
   }
+  // Rows too short for the width are passed through by conversions, never written past.
+  odd->width = 2, odd->height = 1, odd->depth = 32, odd->colors = 0, odd->rowSize = 4;
+  uint8_t row[4] = {1, 2, 3, 4};
+  zrutImageConvert(odd, 0x2)->scanLines(row, 0, 1);
+  EXPECT_EQ(row[3], 4);
 }
 
 TEST(DarkPalette, OpaqueDistinctAndAnchored) {

@@ -44,7 +44,7 @@ for point in sys.argv[2:]:
 EOF
 }
 
-check "render --all" "$zrad" shape render --all "$dir" --size 64
+check "render --all" "$zrad" shape render --all "$dir" --size=64
 for slot in 0 1 2 3 4 5 6 7; do
   check "slot $slot SVG has paths" grep -q '<path d="M' "$dir/slot$slot.svg"
   info=$(png "$dir/slot$slot.png" 2>&1)
@@ -70,12 +70,14 @@ check "half-transparent red centred by what it draws" test "$(png "$dir/corner.p
 
 out=$("$zrad" shape render 0 "$dir/x.jpg" 2>&1)
 check "an unknown output type fails with 1: $out" test $? -eq 1 -a "$out" = \
-  "zrad shape: the output name must end in .svg or .png ($dir/x.jpg)"
+  "zrad shape render: cannot write $dir/x.jpg: the name must end in .svg or .png"
 out=$(LD_LIBRARY_PATH= "$zrad" shape render 0 "$dir/y.png" 2>&1)
 check "no raster module fails with 1: $out" test $? -eq 1 -a "$out" = \
-  "zrad shape: cannot write $dir/y.png (through the ZrRaster module)"
+  "zrad shape render: cannot write $dir/y.png: the ZrRaster module that saves PNG cannot be loaded"
 "$zrad" shape render 8 "$dir/z.svg" 2> /dev/null
 check "an empty slot fails with 1" test $? -eq 1
 "$zrad" shape render 0 "$dir/z.png" --size 0 2> /dev/null
 check "a zero size is a usage error" test $? -eq 2
+"$zrad" shape render 0 "$dir/z.png" --all "$dir" 2> /dev/null
+check "--all with a SOURCE is a usage error" test $? -eq 2
 finish

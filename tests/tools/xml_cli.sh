@@ -11,9 +11,9 @@ check "get finds the first name ignoring case" test "$("$zrad" xml get "$dir/t.x
 check "get an attribute two levels down" test "$("$zrad" xml get "$dir/t.xml" layer/line --attr x)" = 1
 check "an empty path names the root" test "$("$zrad" xml get "$dir/t.xml" "" --attr n)" = 1
 check "a parse error names the file and line" test "$("$zrad" xml tree "$dir/bad.xml" 2>&1)" = \
-  "zrad xml: cannot read $dir/bad.xml: XML_ERROR_MISMATCHED_ELEMENT at line 2"
+  "zrad xml tree: cannot read $dir/bad.xml: XML_ERROR_MISMATCHED_ELEMENT at line 2"
 check "a missing file names the file" test "$("$zrad" xml tree "$dir/none.xml" 2>&1)" = \
-  "zrad xml: cannot read $dir/none.xml: no such file"
+  "zrad xml tree: cannot read $dir/none.xml: no such file"
 "$zrad" xml get "$dir/t.xml" layer/nothing 2> /dev/null
 check "a missing element fails with 1" test $? -eq 1
 "$zrad" xml get "$dir/t.xml" layer --attr nothing 2> /dev/null

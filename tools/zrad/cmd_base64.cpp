@@ -1,11 +1,14 @@
 // zrad base64: Base64 encoding and decoding of a file or of standard input.
 //
-// Both directions stream: encoding turns 48 KiB of input at a time (a multiple of 3 bytes,
-// so the pieces join into one text) into one output line; decoding drops white space and
-// decodes whole groups of four characters as they arrive.
+// Encoding streams: 48 KiB of input at a time (a multiple of 3 bytes, so the pieces join into
+// one text) become one output line. Decoding checks the whole input first and refuses it
+// without writing anything unless it is standard Base64 (line breaks allowed); --lenient
+// instead drops white space and decodes groups of four as they arrive, by the library's rules.
+#include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cstdio>
-#include <memory>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -17,8 +20,10 @@ using namespace zradtool;
 
 namespace {
 
-const char kName[] = "base64";
 constexpr size_t kChunk = 48 * 1024;
+
+std::string path = "-";
+bool decoding = false, lenient = false;
 
 bool encode(FILE* in) {
   // One byte more than a chunk: a final pair of bytes has Encode read the byte after it.
@@ -45,45 +50,65 @@ bool decodeGroups(std::string& text) {
   return true;
 }
 
-int decode(FILE* in) {
+int decodeLeniently(FILE* in) {
   std::string text;
   char block[kChunk];
   while (size_t got = std::fread(block, 1, sizeof block, in)) {
     for (size_t i = 0; i < got; ++i)
       if (!std::isspace(static_cast<unsigned char>(block[i]))) text += block[i];
-    if (!decodeGroups(text)) return fail(kName, "cannot decode");
+    if (!decodeGroups(text)) return fail("cannot decode " + operandName(path, true));
   }
-  if (std::ferror(in)) return fail(kName, "cannot read the input");
-  if (!text.empty()) return fail(kName, "input length is not a multiple of 4");
+  if (std::ferror(in)) return fail("cannot read " + operandName(path, true), std::strerror(errno));
+  if (!text.empty()) return fail("cannot decode " + operandName(path, true), "its length is not a multiple of 4");
   return kOk;
 }
 
-int run(const Args& args);
+bool inAlphabet(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '+' || c == '/'; }
 
-const Family kFamily{kName, "Base64 encoding and decoding",
-                     "usage: zrad base64 [-d] [FILE|-]\n"
-                     "  encodes FILE (default \"-\": standard input) as one line of Base64\n"
-                     "  -d  decodes instead; white space in the input is ignored\n",
-                     run};
-
-int run(const Args& args) {
-  bool decoding = false;
-  std::string path = "-";
-  int operands = 0;
-  for (const std::string& arg : args) {
-    if (arg == "-d") decoding = true;
-    else if (arg.size() > 1 && arg[0] == '-') return usageError(kFamily, "unknown option " + arg);
-    else path = arg, ++operands;
+// `text` without its line breaks when it is standard Base64; else empty with the reason.
+std::string strictGroups(const std::string& text, std::string& reason) {
+  std::string groups;
+  for (char c : text)
+    if (c != '\n' && c != '\r') groups += c;
+  const size_t padding = groups.size() - std::min(groups.size(), groups.find_last_not_of('=') + 1);
+  for (size_t i = 0; i + padding < groups.size(); ++i) {
+    if (inAlphabet(groups[i])) continue;
+    reason = groups[i] == '=' ? "\"=\" before the end" : "a character outside the Base64 alphabet";
+    return std::string();
   }
-  if (operands > 1) return usageError(kFamily, "expected at most one FILE");
-  std::unique_ptr<FILE, int (*)(FILE*)> file(path == "-" ? nullptr : std::fopen(path.c_str(), "rb"),
-                                             std::fclose);
-  FILE* in = path == "-" ? stdin : file.get();
-  if (!in) return fail(kName, "cannot read " + path);
-  if (decoding) return decode(in);
-  return encode(in) ? kOk : fail(kName, "cannot read " + path);
+  if (groups.size() % 4) reason = "its length is not a multiple of 4";
+  else if (padding > 2 || (padding && groups.size() == padding)) reason = "too much \"=\" padding";
+  return reason.empty() ? groups : std::string();
 }
 
-const FamilyRegistration kRegistration(kFamily);
+int decodeStrictly() {
+  std::string text, cause;
+  if (!readAll(path, text, cause)) return fail("cannot read " + operandName(path, true), cause);
+  std::string reason;
+  std::string groups = strictGroups(text, reason);
+  if (!reason.empty()) return fail("invalid input in " + operandName(path, true), reason);
+  return decodeGroups(groups) ? kOk : fail("cannot decode " + operandName(path, true));
+}
+
+void add(CLI::App& zrad) {
+  CLI::App* cmd = zrad.add_subcommand("base64", "Base64 encoding and decoding");
+  cmd->footer(
+      "Encodes FILE as one line of Base64. -d decodes standard Base64 (A-Z a-z 0-9 + /, \"=\" padding,\n"
+      "line breaks anywhere) and refuses anything else with status 1 and no output.");
+  cmd->add_option("FILE", path, "the input; none or \"-\": standard input");
+  cmd->add_flag("-d,--decode", decoding, "decode instead of encoding");
+  cmd->add_flag("--lenient", lenient,
+                "decode by the library's rules: white space dropped, any other character counts as 0");
+  onRun(cmd, [] {
+    if (decoding && !lenient) return decodeStrictly();
+    std::string cause;
+    Stream in = openInput(path, cause);
+    if (!in) return fail("cannot read " + operandName(path, true), cause);
+    if (decoding) return decodeLeniently(in.get());
+    return encode(in.get()) ? kOk : fail("cannot read " + operandName(path, true), std::strerror(errno));
+  });
+}
+
+const Registration kRegistration(add);
 
 }  // namespace

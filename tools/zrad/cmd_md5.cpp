@@ -1,9 +1,14 @@
-// zrad md5: the MD5 digest of a file or of standard input in hexadecimal.
+// zrad md5: MD5 digests of files or of standard input, in md5sum's format, and checks of them.
 //
-// Files go through MD5_File32; standard input is streamed through the engine, so a pipe of
-// any size needs no more memory than one block.
+// Every input is streamed through the library's MD5 engine, so a pipe of any size needs no
+// more memory than one block.
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <string>
+#include <vector>
 
 #include <zrad/crypto.h>
 
@@ -13,15 +18,22 @@ using namespace zradtool;
 
 namespace {
 
-const char kName[] = "md5";
+std::vector<std::string> operands;
+bool shortForm = false, upper = false, checking = false;
 
-std::string digestOfStdin(bool upper) {
+// The digest of an operand as 32 (or with --short 16) hexadecimal digits; empty with `cause`
+// when it cannot be read.
+std::string digestOf(const std::string& operand, std::string& cause) {
+  Stream in = openInput(operand, cause);
+  if (!in) return std::string();
   MD5 context;
   MD5Open(&context);
   unsigned char block[16 * 1024];
-  while (size_t got = std::fread(block, 1, sizeof block, stdin))
-    MD5Digest(&context, block, unsigned(got));
-  if (std::ferror(stdin)) return std::string();
+  while (size_t got = std::fread(block, 1, sizeof block, in.get())) MD5Digest(&context, block, unsigned(got));
+  if (std::ferror(in.get())) {
+    cause = std::strerror(errno);
+    return std::string();
+  }
   unsigned char digest[16];
   MD5Close(&context, digest);
   std::string hex;
@@ -30,37 +42,86 @@ std::string digestOfStdin(bool upper) {
     std::snprintf(pair, sizeof pair, upper ? "%02X" : "%02x", b);
     hex += pair;
   }
-  return hex;
+  return shortForm ? hex.substr(8, 16) : hex;
 }
 
-int run(const Args& args);
-
-const Family kFamily{
-    kName, "MD5 digest of a file or standard input",
-    "usage: zrad md5 [--short] [--upper] FILE|-\n"
-    "  prints the MD5 digest of FILE (\"-\": standard input) as 32 hexadecimal digits\n"
-    "  --short  the 16-digit form: digest bytes 4 to 11\n"
-    "  --upper  capital letters\n",
-    run};
-
-int run(const Args& args) {
-  bool shortForm = false, upper = false;
-  std::string operand;
-  int operands = 0;
-  for (const std::string& arg : args) {
-    if (arg == "--short") shortForm = true;
-    else if (arg == "--upper") upper = true;
-    else if (arg.size() > 1 && arg[0] == '-') return usageError(kFamily, "unknown option " + arg);
-    else operand = arg, ++operands;
+int printDigests() {
+  int status = kOk;
+  for (const std::string& operand : operands) {
+    std::string cause;
+    const std::string digest = digestOf(operand, cause);
+    if (digest.empty()) status = fail(operandName(operand, true), cause);
+    else std::printf("%s  %s\n", digest.c_str(), operand.c_str());
   }
-  if (operands != 1) return usageError(kFamily, "expected one FILE or -");
-  const std::string digest = operand == "-" ? digestOfStdin(upper) : MD5_File32(operand, upper);
-  if (digest.empty())
-    return fail(kName, "cannot read " + (operand == "-" ? std::string("standard input") : operand));
-  std::printf("%s\n", (shortForm ? digest.substr(8, 16) : digest).c_str());
-  return kOk;
+  return status;
 }
 
-const FamilyRegistration kRegistration(kFamily);
+bool isHex(const std::string& text) { return text.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos; }
+
+bool sameDigest(const std::string& a, const std::string& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return std::tolower(x) == std::tolower(y); });
+}
+
+// Checks the "DIGEST  NAME" lines of one list; prints "NAME: OK" or "NAME: FAILED" for each.
+int checkList(const std::string& list, int& mismatches, int& unreadable) {
+  std::string text, cause;
+  if (!readAll(list, text, cause)) return fail(operandName(list, true), cause);
+  int status = kOk;
+  size_t lineNumber = 0;
+  for (size_t start = 0; start < text.size();) {
+    size_t end = text.find('\n', start);
+    if (end == std::string::npos) end = text.size();
+    const std::string line = text.substr(start, end - start);
+    start = end + 1;
+    ++lineNumber;
+    const size_t gap = line.find("  ");
+    const std::string expected = line.substr(0, gap);
+    if (gap == std::string::npos || (gap != 32 && gap != 16) || !isHex(expected) || gap + 2 == line.size()) {
+      status = fail(operandName(list, true) + ":" + std::to_string(lineNumber), "not a \"DIGEST  NAME\" line");
+      continue;
+    }
+    const std::string name = line.substr(gap + 2);
+    shortForm = gap == 16;
+    const std::string digest = digestOf(name, cause);
+    if (digest.empty()) {
+      fail(name, cause);
+      ++unreadable;
+    } else if (sameDigest(digest, expected)) {
+      std::printf("%s: OK\n", name.c_str());
+    } else {
+      std::printf("%s: FAILED\n", name.c_str());
+      ++mismatches;
+    }
+  }
+  return status;
+}
+
+int checkLists() {
+  int status = kOk, mismatches = 0, unreadable = 0;
+  for (const std::string& list : operands)
+    if (checkList(list, mismatches, unreadable) != kOk) status = kFailed;
+  if (mismatches) fail("WARNING", std::to_string(mismatches) + " computed checksum(s) did NOT match");
+  if (unreadable) fail("WARNING", std::to_string(unreadable) + " listed file(s) could not be read");
+  return status == kOk && !mismatches && !unreadable ? kOk : kFailed;
+}
+
+void add(CLI::App& zrad) {
+  CLI::App* cmd = zrad.add_subcommand("md5", "MD5 digests of files, or checks of a list of them");
+  cmd->footer(
+      "Prints \"DIGEST  NAME\" for each FILE as md5sum does (cut -c1-32 takes the digest).\n"
+      "With -c, reads such lines from each FILE and prints \"NAME: OK\" or \"NAME: FAILED\";\n"
+      "the status is 1 when any digest differs or a listed file cannot be read.");
+  cmd->add_option("FILE", operands, "files to digest; none or \"-\": standard input");
+  cmd->add_flag("--short", shortForm, "the 16-digit form: digest bytes 4 to 11");
+  cmd->add_flag("--upper", upper, "capital letters");
+  cmd->add_flag("-c,--check", checking, "check the digests listed in each FILE");
+  onRun(cmd, [] {
+    if (operands.empty()) operands.push_back("-");
+    return checking ? checkLists() : printDigests();
+  });
+}
+
+const Registration kRegistration(add);
 
 }  // namespace

@@ -4,6 +4,7 @@
 // result prints an empty line, as the rules give it (the status stays 0).
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include <zrad/files.h>
 
@@ -13,60 +14,61 @@ using namespace zradtool;
 
 namespace {
 
-const char kName[] = "path";
+using Operands = std::vector<std::string>;
 
 struct Operation {
   const char* name;
-  size_t minArgs, maxArgs;
-  ZrUtf8String (*apply)(const Args& operands);
+  const char* help;
+  std::vector<const char*> operands;  // a name ending in '?' is optional
+  ZrUtf8String (*apply)(const Operands& a);
 };
 
-ZrUtf8String combine(const Args& a) { return zrutCombinePath(a[0], a[1]); }
-ZrUtf8String format(const Args& a) { return zrutFormatPath(a[0]); }
-ZrUtf8String relate(const Args& a) { return zrutRelatePath(a[0], a[1]); }
-ZrUtf8String absolute(const Args& a) {
-  return a.size() == 1 ? zrutAbsolutePath(a[0]) : zrutAbsolutPath(a[0], a[1]);
+ZrUtf8String combine(const Operands& a) { return zrutCombinePath(a[0], a[1]); }
+ZrUtf8String format(const Operands& a) { return zrutFormatPath(a[0]); }
+ZrUtf8String relate(const Operands& a) { return zrutRelatePath(a[0], a[1]); }
+ZrUtf8String absolute(const Operands& a) {
+  return a[1].empty() ? zrutAbsolutePath(a[0]) : zrutAbsolutPath(a[0], a[1]);
 }
-ZrUtf8String ext(const Args& a) { return zrutGetFileExtName(a[0]); }
-ZrUtf8String name(const Args& a) { return zrutGetFileName(a[0]); }
+ZrUtf8String ext(const Operands& a) { return zrutGetFileExtName(a[0]); }
+ZrUtf8String name(const Operands& a) { return zrutGetFileName(a[0]); }
 
 const Operation kOperations[] = {
-    {"combine", 2, 2, combine}, {"format", 1, 1, format}, {"relate", 2, 2, relate},
-    {"absolute", 1, 2, absolute}, {"ext", 1, 1, ext},       {"name", 1, 1, name},
+    {"combine", "join NAME onto the directory BASE (\"a/\" + \"b/\" => \"ab/\": only NAME's last "
+                "character decides)", {"BASE", "NAME"}, combine},
+    {"format", "resolve \".\" and \"..\" in the text, joining the components as the library does "
+               "(\"a\\b//c/\" => \"ab/c/\"; \"\" when \"..\" climbs too far)", {"PATH"}, format},
+    {"relate", "the path from the directory of BASEFILE to TARGET", {"TARGET", "BASEFILE"}, relate},
+    {"absolute", "PATH resolved by the system (unchanged when it does not exist), or applied to "
+                 "the directory BASE as text only", {"PATH", "BASE?"}, absolute},
+    {"ext", "the extension with its dot", {"PATH"}, ext},
+    {"name", "the last component", {"PATH"}, name},
 };
 
-int run(const Args& args);
+// One value per operand of each operation, filled by the parser.
+Operands values[std::size(kOperations)];
 
-const Family kFamily{
-    kName, "path rules: combine, normalise, relate, resolve, take apart",
-    "usage: zrad path OP ARGS...\n"
-    "  combine BASE NAME      join NAME onto the directory BASE\n"
-    "  format PATH            resolve \".\" and \"..\" in the text (\"\" when \"..\" climbs too far)\n"
-    "  relate TARGET BASEFILE the path from the directory of BASEFILE to TARGET\n"
-    "  absolute PATH          PATH resolved by the system (unchanged when it does not exist)\n"
-    "  absolute PATH BASE     PATH applied to the directory BASE, as text only\n"
-    "  ext PATH               the extension with its dot\n"
-    "  name PATH              the last component\n"
-    "  \"\\\" is accepted as a separator on input.\n",
-    run};
-
-int run(const Args& args) {
-  if (wantsHelp(args)) {
-    std::fputs(kFamily.usage, stdout);
-    return kOk;
+void add(CLI::App& zrad) {
+  CLI::App* cmd = zrad.add_subcommand("path", "path rules: combine, normalise, relate, resolve, take apart");
+  cmd->footer("\"\\\" is accepted as a separator on input.");
+  cmd->require_subcommand(1);
+  for (size_t i = 0; i < std::size(kOperations); ++i) {
+    const Operation& op = kOperations[i];
+    CLI::App* sub = cmd->add_subcommand(op.name, op.help);
+    values[i].resize(op.operands.size());
+    for (size_t k = 0; k < op.operands.size(); ++k) {
+      std::string operand = op.operands[k];
+      const bool optional = operand.back() == '?';
+      if (optional) operand.pop_back();
+      CLI::Option* option = sub->add_option(operand, values[i][k]);
+      if (!optional) option->required();
+    }
+    onRun(sub, [i] {
+      std::printf("%s\n", kOperations[i].apply(values[i]).c_str());
+      return kOk;
+    });
   }
-  if (args.empty()) return usageError(kFamily, "expected an operation");
-  for (const Operation& op : kOperations) {
-    if (args[0] != op.name) continue;
-    Args operands(args.begin() + 1, args.end());
-    if (operands.size() < op.minArgs || operands.size() > op.maxArgs)
-      return usageError(kFamily, std::string("wrong number of arguments for ") + op.name);
-    std::printf("%s\n", op.apply(operands).c_str());
-    return kOk;
-  }
-  return usageError(kFamily, "unknown operation " + args[0]);
 }
 
-const FamilyRegistration kRegistration(kFamily);
+const Registration kRegistration(add);
 
 }  // namespace

@@ -6,13 +6,11 @@
 
 #include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iostream>
-#include <iterator>
-#include <sstream>
 #include <string>
 
+#include <zrad/image.h>
 #include <zrad/shape.h>
+#include <zrplatform/module.h>
 
 #include "command.h"
 #include "render/canvas.h"
@@ -21,51 +19,23 @@ using namespace zradtool;
 
 namespace {
 
-const char kName[] = "shape";
 const int kBuiltinIcons = 8;
-// PNG files are written by the "ZrRaster" module, which may be what is missing.
-const char kPngHint[] = " (through the ZrRaster module)";
 
-int run(const Args& args);
+std::string source, out, all, backgroundText = "none";
+int size = 256;
 
-const Family kFamily{
-    kName, "render shapes to SVG or PNG, dump shape recordings",
-    "usage: zrad shape render (SLOT|FILE|-) OUT.(svg|png) [--size N] [--background COLOUR]\n"
-    "       zrad shape render --all DIR [--size N] [--background COLOUR]\n"
-    "       zrad shape dump (SLOT|FILE|-)\n"
-    "  SLOT is a built-in shape 0-7; FILE or - (standard input) holds a shape1.0 text\n"
-    "  --size N             canvas of N x N pixels (default 256)\n"
-    "  --background COLOUR  #rrggbb, #rrggbbaa or none (default none)\n"
-    "  --all DIR            writes DIR/slotN.svg and DIR/slotN.png for every built-in shape\n"
-    "  dump prints one line per record: its tag and values, pens as a replay at scale 1\n"
-    "  draws them\n",
-    run};
-
-// A built-in slot number or a text from a file or standard input; `error` says why not.
-bool loadShape(const std::string& source, ZrShape& shape, std::string& error) {
+// A built-in slot number or a text from a file or standard input ("-"); false after printing
+// why not.
+bool loadShape(ZrShape& shape) {
   if (!source.empty() && source.find_first_not_of("0123456789") == std::string::npos) {
     const ZrShape* builtin = source.size() < 3 ? ZrShape::globalShape(std::stoi(source)) : nullptr;
-    if (!builtin || !builtin->recording()) {
-      error = "no built-in shape " + source + " (slots 0 to 7 hold shapes)";
-      return false;
-    }
-    shape = *builtin;
-    return true;
+    if (builtin && builtin->recording()) return shape = *builtin, true;
+    return fail("no built-in shape " + source, "slots 0 to 7 hold shapes"), false;
   }
-  std::ifstream file;
-  if (source != "-") {
-    file.open(source, std::ios::binary);
-    if (!file) {
-      error = "cannot read " + source;
-      return false;
-    }
-  }
-  std::istream& in = source == "-" ? std::cin : file;
-  const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  if (!shape.readFromString(text.c_str())) {
-    error = source + " is not a shape1.0 text";
-    return false;
-  }
+  std::string text, cause;
+  if (!readAll(source, text, cause)) return fail("cannot read " + operandName(source, true), cause), false;
+  if (!shape.readFromString(text.c_str()))
+    return fail("cannot read " + operandName(source, true), "not a shape1.0 text"), false;
   return true;
 }
 
@@ -85,6 +55,41 @@ bool parseColour(const std::string& text, unsigned& colour) {
 bool endsWith(const std::string& text, const char* tail) {
   const size_t n = std::strlen(tail);
   return text.size() >= n && strcasecmp(text.c_str() + text.size() - n, tail) == 0;
+}
+
+// Writes one picture; false after printing why not.
+bool write(const ZrShape& shape, const std::string& path, unsigned background) {
+  if (!endsWith(path, ".png")) {
+    if (writeSvg(shape, path, size, background)) return true;
+    return fail("cannot write " + path, "cannot create the file"), false;
+  }
+  if (writePng(shape, path, size, background)) return true;
+  const bool module = zrLoadModule("ZrRaster", reinterpret_cast<const void*>(&zrutSaveImage)).isLoaded();
+  return fail("cannot write " + path, module ? "the ZrRaster module could not save it"
+                                             : "the ZrRaster module that saves PNG cannot be loaded"),
+         false;
+}
+
+int render() {
+  unsigned background = 0;
+  if (!parseColour(backgroundText, background))
+    return usageError("--background wants #rrggbb, #rrggbbaa or none");
+  if (!all.empty()) {
+    if (!source.empty()) return usageError("--all takes no SOURCE or OUT");
+    for (int slot = 0; slot < kBuiltinIcons; ++slot) {
+      const std::string path = all + "/slot" + std::to_string(slot);
+      const ZrShape& builtin = *ZrShape::globalShape(slot);
+      if (!write(builtin, path + ".svg", background) || !write(builtin, path + ".png", background))
+        return kFailed;
+    }
+    return kOk;
+  }
+  if (out.empty()) return usageError("expected SOURCE and OUT, or --all DIR");
+  if (!endsWith(out, ".png") && !endsWith(out, ".svg"))
+    return fail("cannot write " + out, "the name must end in .svg or .png");
+  ZrShape shape;
+  if (!loadShape(shape)) return kFailed;
+  return write(shape, out, background) ? kOk : kFailed;
 }
 
 // Prints every call as the record it would make: tag, then values.
@@ -113,65 +118,41 @@ class DumpContext : public ZrShapeContext {
   void circle(float cx, float cy, float r) override { std::printf("m %g %g\nc %g\n", cx, cy, r); }
 };
 
-int run(const Args& args) {
-  if (wantsHelp(args)) return std::printf("%s", kFamily.usage), kOk;
-  Args operands;
-  int size = 256;
-  unsigned background = 0;
-  bool all = false;
-  for (size_t i = 0; i < args.size(); ++i) {
-    const std::string& arg = args[i];
-    const bool hasValue = i + 1 < args.size();
-    if (arg == "--all") {
-      all = true;
-    } else if (arg == "--size" && hasValue) {
-      const std::string& value = args[++i];
-      size = value.find_first_not_of("0123456789") == std::string::npos && value.size() < 6
-                 ? std::stoi(value) : 0;
-      if (size < 1 || size > 16384) return usageError(kFamily, "--size wants 1 to 16384");
-    } else if (arg == "--background" && hasValue) {
-      if (!parseColour(args[++i], background))
-        return usageError(kFamily, "--background wants #rrggbb, #rrggbbaa or none");
-    } else if (arg.size() > 1 && arg[0] == '-') {
-      return usageError(kFamily, "unknown option or missing value: " + arg);
-    } else {
-      operands.push_back(arg);
-    }
-  }
-  if (operands.empty()) return usageError(kFamily, "expected render or dump");
-  const std::string verb = operands[0];
-  std::string error;
+int dump() {
   ZrShape shape;
-  if (verb == "dump" && operands.size() == 2 && !all) {
-    if (!loadShape(operands[1], shape, error)) return fail(kName, error);
-    DumpContext dump;
-    shape.draw(&dump, shape.baseX(), shape.baseY(), shape.width(), shape.height());
-    return kOk;
-  }
-  if (verb == "render" && all && operands.size() == 2) {
-    for (int slot = 0; slot < kBuiltinIcons; ++slot) {
-      const std::string path = operands[1] + "/slot" + std::to_string(slot);
-      const ZrShape& builtin = *ZrShape::globalShape(slot);
-      if (!writeSvg(builtin, path + ".svg", size, background))
-        return fail(kName, "cannot write " + path + ".svg");
-      if (!writePng(builtin, path + ".png", size, background))
-        return fail(kName, "cannot write " + path + ".png" + kPngHint);
-    }
-    return kOk;
-  }
-  if (verb == "render" && !all && operands.size() == 3) {
-    const std::string& out = operands[2];
-    const bool png = endsWith(out, ".png");
-    if (!png && !endsWith(out, ".svg"))
-      return fail(kName, "the output name must end in .svg or .png (" + out + ")");
-    if (!loadShape(operands[1], shape, error)) return fail(kName, error);
-    if (png ? !writePng(shape, out, size, background) : !writeSvg(shape, out, size, background))
-      return fail(kName, "cannot write " + out + (png ? kPngHint : ""));
-    return kOk;
-  }
-  return usageError(kFamily, "expected render SOURCE OUT, render --all DIR or dump SOURCE");
+  if (!loadShape(shape)) return kFailed;
+  DumpContext context;
+  if (shape.recording()) shape.draw(&context, shape.baseX(), shape.baseY(), shape.width(), shape.height());
+  return kOk;
 }
 
-const FamilyRegistration kRegistration(kFamily);
+void add(CLI::App& zrad) {
+  CLI::App* shape = zrad.add_subcommand("shape", "render shapes to SVG or PNG, dump shape recordings");
+  shape->require_subcommand(1);
+  const char* sourceHelp = "a built-in slot 0-7, or a file (\"-\": standard input) holding a shape1.0 text";
+
+  CLI::App* renderCmd = shape->add_subcommand("render", "draw a shape on a square canvas as SVG or PNG");
+  renderCmd->footer(
+      "The larger side of the shape's frame fills the canvas; what it draws is centred.\n"
+      "OUT ending in .png (any case) is written through the ZrRaster module, else it must end\n"
+      "in .svg. Exit status 1 when the shape or the file cannot be had.");
+  renderCmd->add_option("SOURCE", source, sourceHelp);
+  renderCmd->add_option("OUT", out, "the picture to write: NAME.svg or NAME.png");
+  renderCmd->add_option("--all", all, "write DIR/slotN.svg and DIR/slotN.png for every built-in shape")
+      ->type_name("DIR");
+  renderCmd->add_option("--size", size, "a canvas of N x N pixels")
+      ->type_name("N")->check(CLI::Range(1, 16384))->capture_default_str();
+  renderCmd->add_option("--background", backgroundText, "#rrggbb, #rrggbbaa or none")
+      ->type_name("COLOUR")->capture_default_str();
+  onRun(renderCmd, render);
+
+  CLI::App* dumpCmd = shape->add_subcommand("dump", "print a shape's recording, one record a line");
+  dumpCmd->footer("Each line is a record's tag and values, replayed at the shape's own size (pens\n"
+                  "show the replay's width rule).");
+  dumpCmd->add_option("SOURCE", source, sourceHelp)->required();
+  onRun(dumpCmd, dump);
+}
+
+const Registration kRegistration(add);
 
 }  // namespace

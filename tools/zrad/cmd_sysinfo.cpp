@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include <zrad/system.h>
@@ -16,8 +15,6 @@
 using namespace zradtool;
 
 namespace {
-
-const char kName[] = "sysinfo";
 
 void printLine(const char* key, const char* value) { std::printf("%s=%s\n", key, value); }
 
@@ -63,10 +60,10 @@ void printKilobytes(const char* key, unsigned long long kb) {
 int printAll(int pid) {
   PROCESSMEMORYINFO process;
   if (!zrutGetProcessMemoryInfo(pid, &process))
-    return fail(kName, "cannot read the memory figures of process " + std::to_string(pid));
+    return fail("cannot read the memory figures of process " + std::to_string(pid));
   struct sysinfo system {};
   if (zrutGetSysMemoryInfo(system) != 0)
-    return fail(kName, "cannot read the system memory figures");
+    return fail("cannot read the system memory figures");
   printRelease();
   printChoices();
   std::printf("pid=%d\n", pid);
@@ -79,37 +76,17 @@ int printAll(int pid) {
   return kOk;
 }
 
-// A process id: decimal digits only, within int.
-bool parsePid(const std::string& text, int& pid) {
-  if (text.empty() || text.size() > 9 || text.find_first_not_of("0123456789") != std::string::npos)
-    return false;
-  pid = std::atoi(text.c_str());
-  return true;
+void add(CLI::App& zrad) {
+  static int pid = static_cast<int>(getpid());
+  CLI::App* cmd = zrad.add_subcommand("sysinfo", "operating-system release, package format, default programs, memory");
+  cmd->footer(
+      "Prints key=value lines: the fields of /etc/os-release as stored (OS_FAMILY, NAME, ...),\n"
+      "pkg-format, text-editor, explorer and paint for this distribution (empty when unknown),\n"
+      "the memory figures of process PID (default: zrad itself) and of the system.");
+  cmd->add_option("--pid", pid, "the process whose memory figures to print")->check(CLI::NonNegativeNumber);
+  onRun(cmd, [] { return printAll(pid); });
 }
 
-int run(const Args& args);
-
-const Family kFamily{
-    kName, "operating-system release, package format, default programs, memory",
-    "usage: zrad sysinfo [--pid PID]\n\n"
-    "Prints key=value lines: the fields of /etc/os-release as stored (OS_FAMILY, NAME, ...),\n"
-    "pkg-format, text-editor, explorer and paint for this distribution (empty when unknown),\n"
-    "the memory figures of process PID (default: zrad itself) and of the system.\n",
-    run};
-
-int run(const Args& args) {
-  int pid = static_cast<int>(getpid());
-  for (size_t i = 0; i < args.size(); ++i) {
-    if (args[i] == "--pid") {
-      if (i + 1 == args.size()) return usageError(kFamily, "--pid needs a process id");
-      if (!parsePid(args[++i], pid)) return usageError(kFamily, "not a process id: " + args[i]);
-    } else {
-      return usageError(kFamily, "unexpected argument: " + args[i]);
-    }
-  }
-  return printAll(pid);
-}
-
-const FamilyRegistration kRegistration(kFamily);
+const Registration kRegistration(add);
 
 }  // namespace

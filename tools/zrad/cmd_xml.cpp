@@ -13,19 +13,8 @@ using namespace zradtool;
 
 namespace {
 
-const char kName[] = "xml";
-
-int run(const Args& args);
-
-const Family kFamily{kName, "XML files: element tree, one text or attribute",
-                     "usage: zrad xml tree FILE\n"
-                     "       zrad xml get FILE PATH [--attr NAME]\n"
-                     "  tree  prints every element, one a line indented by depth:\n"
-                     "          name attr=\"value\" ... : text\n"
-                     "  get   walks PATH (child names split by /, from the root element; \"\"\n"
-                     "        names the root) and prints the element's text, or with --attr the\n"
-                     "        attribute's value\n",
-                     run};
+std::string file, where, attribute;
+CLI::Option* attributeOption = nullptr;
 
 using Node = ZrSmartPtr<ZrsiPwUtXmlNode>;
 
@@ -42,18 +31,17 @@ std::string oneLine(const std::string& text) {
   return out;
 }
 
-// The filer's root for `path`, or null after printing why the file does not load.
-Node loadRoot(const ZrSmartPtr<ZrsiPwUtXmlFiler>& filer, const std::string& path, int& status) {
-  status = kOk;
-  if (filer->load(ZrUtf8String(path))) {
+// The filer's root for `file`, or null after printing why the file does not load.
+Node loadRoot(const ZrSmartPtr<ZrsiPwUtXmlFiler>& filer) {
+  if (filer->load(ZrUtf8String(file))) {
     if (Node root = filer->rootNode()) return root;
-    status = fail(kName, path + ": no element");
+    fail("cannot read " + file, "no element");
     return nullptr;
   }
   int line = 0;
   std::string why = zrutXmlLoadError(filer.get(), line).str();
   if (line > 0) why += " at line " + std::to_string(line);
-  status = fail(kName, "cannot read " + path + ": " + why);
+  fail("cannot read " + file, why);
   return nullptr;
 }
 
@@ -72,51 +60,56 @@ void printTree(const Node& node, int depth) {
   for (unsigned i = 0, n = node->childCount(); i < n; ++i) printTree(node->child(i), depth + 1);
 }
 
-int tree(const std::string& path) {
+int tree() {
   auto filer = createPwutXmlFiler();
-  int status;
-  Node root = loadRoot(filer, path, status);
-  if (root) printTree(root, 0);
-  return status;
+  Node root = loadRoot(filer);
+  if (!root) return kFailed;
+  printTree(root, 0);
+  return kOk;
 }
 
-int get(const std::string& path, const std::string& where, const std::string* attribute) {
+int get() {
   auto filer = createPwutXmlFiler();
-  int status;
-  Node node = loadRoot(filer, path, status);
+  Node node = loadRoot(filer);
+  if (!node) return kFailed;
   for (size_t start = 0; node && start < where.size();) {
     size_t end = where.find('/', start);
     if (end == std::string::npos) end = where.size();
     if (end > start) node = node->child(ZrUtf8String(where.substr(start, end - start)));
     start = end + 1;
   }
-  if (status != kOk) return status;
-  if (!node) return fail(kName, path + ": no element at " + where);
-  if (!attribute) {
+  if (!node) return fail(file + ": no element at " + where);
+  if (!*attributeOption) {
     std::printf("%s\n", node->text().c_str());
     return kOk;
   }
   ZrUtf8String value;
-  if (!node->getAttribute(ZrUtf8String(*attribute), value))
-    return fail(kName, path + ": no attribute " + *attribute + " at " + where);
+  if (!node->getAttribute(ZrUtf8String(attribute), value))
+    return fail(file + ": no attribute " + attribute + " at " + where);
   std::printf("%s\n", value.c_str());
   return kOk;
 }
 
-int run(const Args& args) {
-  if (wantsHelp(args)) {
-    std::fputs(kFamily.usage, stdout);
-    return kOk;
-  }
-  if (args.empty()) return usageError(kFamily, "expected a subcommand");
-  const std::string& sub = args[0];
-  const size_t n = args.size();
-  if (sub == "tree" && n == 2) return tree(args[1]);
-  if (sub == "get" && n == 3) return get(args[1], args[2], nullptr);
-  if (sub == "get" && n == 5 && args[3] == "--attr") return get(args[1], args[2], &args[4]);
-  return usageError(kFamily, "unknown subcommand or wrong operands: " + sub);
+void add(CLI::App& zrad) {
+  CLI::App* xml = zrad.add_subcommand("xml", "XML files: element tree, one text or attribute");
+  xml->require_subcommand(1);
+
+  CLI::App* treeCmd = xml->add_subcommand("tree", "print every element, one a line indented by depth");
+  treeCmd->footer("Each line: name attr=\"value\" ... : text (quotes, backslashes and line breaks escaped).");
+  treeCmd->add_option("FILE", file, "the XML file")->required();
+  onRun(treeCmd, tree);
+
+  CLI::App* getCmd = xml->add_subcommand("get", "print one element's text or attribute");
+  getCmd->footer(
+      "Walks PATH from the root element, child names split by \"/\" and matched as the filer\n"
+      "does (the first element of that name, ASCII case ignored); \"\" names the root.\n"
+      "Exit status 1 when the file does not read or nothing is at PATH.");
+  getCmd->add_option("FILE", file, "the XML file")->required();
+  getCmd->add_option("PATH", where, "child names split by /")->required();
+  attributeOption = getCmd->add_option("--attr", attribute, "print this attribute's value instead of the text");
+  onRun(getCmd, get);
 }
 
-const FamilyRegistration kRegistration(kFamily);
+const Registration kRegistration(add);
 
 }  // namespace

@@ -1,39 +1,58 @@
-// zrad command families: the registry and the shared ways of answering.
+// zrad command families: the registry, the run of the chosen subcommand and its messages.
 #include "command.h"
 
-#include <algorithm>
-#include <cstdio>
-#include <cstring>
+#include <vector>
 
 namespace zradtool {
 
-static std::vector<Family>& registry() {
-  static std::vector<Family> all;
+namespace {
+
+std::vector<void (*)(CLI::App&)>& registry() {
+  static std::vector<void (*)(CLI::App&)> all;
   return all;
 }
 
-FamilyRegistration::FamilyRegistration(const Family& family) {
-  auto& all = registry();
-  auto at = std::lower_bound(all.begin(), all.end(), family, [](const Family& a, const Family& b) {
-    return std::strcmp(a.name, b.name) < 0;
+const CLI::App* running = nullptr;
+int status = kOk;
+
+}  // namespace
+
+Registration::Registration(void (*add)(CLI::App& zrad)) { registry().push_back(add); }
+
+void addFamilies(CLI::App& zrad) {
+  for (auto add : registry()) add(zrad);
+}
+
+int exitStatus() { return status; }
+
+void onRun(CLI::App* cmd, std::function<int()> body) {
+  cmd->callback([cmd, body = std::move(body)] {
+    running = cmd;
+    status = body();
   });
-  all.insert(at, family);
 }
 
-const std::vector<Family>& families() { return registry(); }
-
-bool wantsHelp(const Args& args) {
-  return std::any_of(args.begin(), args.end(),
-                     [](const std::string& a) { return a == "--help" || a == "-h"; });
+std::string commandPath(const CLI::App* cmd) {
+  std::string path;
+  for (; cmd; cmd = cmd->get_parent()) path = cmd->get_name() + (path.empty() ? "" : " ") + path;
+  return path;
 }
 
-int fail(const char* family, const std::string& message) {
-  std::fprintf(stderr, "zrad %s: %s\n", family, message.c_str());
+std::string usageLine(const CLI::App* cmd) {
+  auto formatter = std::dynamic_pointer_cast<CLI::Formatter>(cmd->get_formatter());
+  std::string line = formatter ? formatter->make_usage(cmd, commandPath(cmd)) : commandPath(cmd);
+  while (!line.empty() && line.back() == '\n') line.pop_back();
+  return line;
+}
+
+int fail(const std::string& what, const std::string& cause) {
+  std::fprintf(stderr, "%s: %s%s%s\n", commandPath(running).c_str(), what.c_str(),
+               cause.empty() ? "" : ": ", cause.c_str());
   return kFailed;
 }
 
-int usageError(const Family& family, const std::string& message) {
-  std::fprintf(stderr, "zrad %s: %s\n\n%s", family.name, message.c_str(), family.usage);
+int usageError(const std::string& what) {
+  std::fprintf(stderr, "%s: %s\n%s\n", commandPath(running).c_str(), what.c_str(), usageLine(running).c_str());
   return kUsage;
 }
 

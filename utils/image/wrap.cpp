@@ -111,7 +111,7 @@ ZrSmartPtr<ZrGiRasterImage> zrutImageWrap(unsigned char* pixels, int width, int 
   ZrSmartPtr<ZrGiRasterImageWrap> image = ZrRxObjectImpl<ZrGiRasterImageWrap>::createObject();
   if (!image->setPixels(pixels, width, height, depth)) return nullptr;
   const bool paletteSet = paletteCount > 0 ? image->setPalette(palette, paletteCount)
-                                           : paletteCount == 0 && setDefaultPalette(*image, depth);
+                                           : setDefaultPalette(*image, depth);
   if (!paletteSet) return nullptr;
   image->setPixelFormat(format ? *format : defaultFormat(depth));
   return image;

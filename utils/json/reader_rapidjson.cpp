@@ -5,6 +5,7 @@
 // without deepening the thread's stack. The handler builds nodes as events arrive (no
 // intermediate document). Object entries gather on one shared stack and become a sorted block
 // when the object ends; array items likewise.
+#include <rapidjson/error/en.h>
 #include <rapidjson/reader.h>
 
 #include <memory>
@@ -163,26 +164,33 @@ void applyTo(ElementValue& target, ElementValue* built) {
 
 namespace {
 
-bool parse(ElementValue& target, std::string_view text) {
+bool parse(ElementValue& target, std::string_view text, ParseFailure* failure) {
   // Parsing a private copy in place decodes each string straight into the copy, where the
   // plain mode pushes it byte by byte onto the parser's stack; the grammar is the same.
   std::unique_ptr<char[]> copy(new char[text.size() + 1]);
   std::memcpy(copy.get(), text.data(), text.size());
   copy[text.size()] = 0;
-  if (!tameNumbers(copy.get(), text.size())) return false;
+  if (!tameNumbers(copy.get(), text.size())) {
+    if (failure) *failure = {0, "a number with more digits than the reader accepts"};
+    return false;
+  }
   TreeBuilder builder;
   rapidjson::Reader reader;
   rapidjson::InsituStringStream stream(copy.get());
   constexpr unsigned kFlags = rapidjson::kParseDefaultFlags | rapidjson::kParseInsituFlag | rapidjson::kParseIterativeFlag;
-  if (reader.Parse<kFlags>(stream, builder).IsError()) return false;
+  rapidjson::ParseResult result = reader.Parse<kFlags>(stream, builder);
+  if (result.IsError()) {
+    if (failure) *failure = {result.Offset(), rapidjson::GetParseError_En(result.Code())};
+    return false;
+  }
   applyTo(target, builder.takeRoot());
   return true;
 }
 
 }  // namespace
 
-bool parseInto(ElementValue& target, std::string_view text) {
-  return platformOutOfMemory([&] { return parse(target, text); });
+bool parseInto(ElementValue& target, std::string_view text, ParseFailure* failure) {
+  return platformOutOfMemory([&] { return parse(target, text, failure); });
 }
 
 }  // namespace zrad::json
