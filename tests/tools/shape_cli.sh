@@ -52,6 +52,8 @@ for slot in 0 1 2 3 4 5 6 7; do
   set -- $(echo "$info" | sed -n 2p)
   check "slot $slot PNG is not blank: $info" test "${1:-0}" -gt 400 -a "${2:-0}" -gt 8
 done
+check "slot 0's disc in SVG: four quarter arcs of radius 32 sweeping one way" grep -q \
+  'd="M0 32A32 32 0 0 0 32 64A32 32 0 0 0 64 32A32 32 0 0 0 32 0A32 32 0 0 0 0 32Z"' "$dir/slot0.svg"
 # Slot 0 is a tick on a green disc (0x25, 0xAE, 0x88): the arcs of the disc come out round.
 check "disc colour left, below and right of the tick" test "$(png "$dir/slot0.png" 4,32 32,58 59,32 | tail -n 3)" = \
   "$(printf '37 174 136 255\n37 174 136 255\n37 174 136 255')"

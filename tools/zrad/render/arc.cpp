@@ -1,5 +1,5 @@
 // The circle through three points and the direction an arc turns on it.
-#include "render/arc.h"
+#include "arc.h"
 
 #include <cmath>
 

@@ -1,11 +1,11 @@
 // CairoContext: shape drawing calls as cairo path and paint operations.
-#include "render/cairo_context.h"
+#include "cairo_context.h"
 
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
 
-#include "render/arc.h"
+#include "arc.h"
 
 namespace zradtool {
 
@@ -94,8 +94,11 @@ void CairoContext::curve3To(float c1x, float c1y, float c2x, float c2y, float x,
 
 void CairoContext::circle(float cx, float cy, float r) {
   if (!finite({cx, cy, r})) return;
+  // From the leftmost point, as SvgContext draws it, so that a figure going on from the
+  // circle starts from the same place in both.
+  const double half = kFullTurn / 2;
   cairo_new_sub_path(m_cr);
-  cairo_arc(m_cr, held(cx), held(cy), std::clamp(double(r), 0.0, kCairoLimit), 0, kFullTurn);
+  cairo_arc(m_cr, held(cx), held(cy), std::clamp(double(r), 0.0, kCairoLimit), half, 3 * half);
   cairo_close_path(m_cr);
 }
 

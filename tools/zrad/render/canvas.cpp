@@ -1,5 +1,5 @@
 // Placing shapes on a canvas and writing the canvas as SVG text or PNG pixels.
-#include "render/canvas.h"
+#include "canvas.h"
 
 #include <cairo.h>
 
@@ -11,8 +11,8 @@
 
 #include <zrad/image.h>
 
-#include "render/cairo_context.h"
-#include "render/svg_context.h"
+#include "cairo_context.h"
+#include "svg_context.h"
 
 namespace zradtool {
 

@@ -1,7 +1,7 @@
 // SvgContext: shape drawing calls as SVG path data.
-#include "render/svg_context.h"
+#include "svg_context.h"
 
-#include "render/arc.h"
+#include "arc.h"
 
 #include <cmath>
 #include <cstdio>
