@@ -289,7 +289,8 @@ class ZRAD_EXPORT IElementValueBase {
   //   [1,1,2] vs [1,2,2] => true      {"a":1} vs {"a":1.0} => false
   bool bEqual(const ZrJsonPtr& other) const;
 
- private:
+ protected:
+  // The reference count; the library's own teardown reads it to drop trees held once quickly.
   std::atomic<uint32_t> m_refCount{1};
 };
 
@@ -437,8 +438,9 @@ ZRAD_EXPORT void zrutEnumPathsW(ZrJsonPtr list, ZrArray<ZrString>& out);
 ZRAD_EXPORT bool zrutIsBinaryJsonStart(unsigned char first);
 // Why JSON text does not read as a tree: the byte offset where parsing stopped, its line and
 // column there (both from 1; the column counts bytes) and the reason in the parser's words
-// ("Missing a comma or '}' after an object member."). A number refused for its exponent is
-// reported at offset 0. The text is read as the readers read it, up to its first zero byte.
+// ("Missing a comma or '}' after an object member."). A number of more digits than the reader
+// accepts is reported at offset 0. The text is read as the readers read it, up to its first
+// zero byte.
 struct ZrJsonTextError {
   size_t offset = 0;
   int line = 0;

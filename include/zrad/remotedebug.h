@@ -180,7 +180,7 @@ class ZRAD_EXPORT RvDebugThread : public ZrRxObject {
   enum { kNotStarted = 0, kRunning = 1, kStopRequested = 2, kEnded = 3 };
 
   // Starts the thread; returns after the new thread has run PrepareStart. false (logged as
-  // "execute 140 end") when no thread could be created.
+  // "execute 140 end") when no thread could be created, and when the object already has one.
   bool execute(const ZrUtf8String& name);
   // True on the object's own thread.
   bool isInCurThread() const;
@@ -456,6 +456,10 @@ class ZRAD_EXPORT CNetCommand : public ZradNetComImp<INetCom> {
   static ZrSmartPtr<INetCom> createNetCom(int reqId);
 
   int getReqId() const override;
+  // The command word and its arguments, as opened or as read on the service.
+  const ZrString& word() const { return m_word; }
+  const ZrString& firstArgument() const { return m_arg1; }
+  const ZrString& secondArgument() const { return m_arg2; }
   // Opening (reqId 0): upper-cases the word and writes the three strings (UP also attaches
   // its file); false when the word is not a command. Service (reqId 1): reads the strings and
   // runs the handler. Client, on the answer: shows it and returns false to end.

@@ -18,8 +18,9 @@ TEST(LateLoad, TreeWorksAfterDlopen) {
   // Static TLS would have to fit the space glibc keeps for late loads, which it may not.
   link_map* map = nullptr;
   ASSERT_EQ(dlinfo(library, RTLD_DI_LINKMAP, &map), 0);
-  for (const ElfW(Dyn)* d = map->l_ld; d->d_tag != DT_NULL; ++d)
+  for (const ElfW(Dyn)* d = map->l_ld; d->d_tag != DT_NULL; ++d) {
     if (d->d_tag == DT_FLAGS) EXPECT_EQ(d->d_un.d_val & DF_STATIC_TLS, 0u) << "the library asks for static TLS";
+  }
 
   // ZrJson::readjson; everything else through the elements' virtual operations.
   using ReadJson = ZrJsonPtr (*)(const ZrUtf8String&);

@@ -1,9 +1,17 @@
 // Tests of hostile input: trees of any depth on a small stack, trees that contain themselves,
 // texts too long for the binary form, numbers that would overflow the parser's exponent
 // arithmetic, and random bytes through every reader.
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <atomic>
+#include <fstream>
+#include <functional>
+#include <new>
 #include <random>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -115,8 +123,9 @@ TEST(HostileInput, TreesThatContainThemselves) {
 // written reads back as the tree it came from.
 TEST(HostileInput, DeepTreesOfOtherClasses) {
   const std::string text = nested(1500, "[", "]", "\"x\"");
-  ZrJsonPtr inner = ZrJson::readjson(text);
-  ASSERT_TRUE(inner);
+  ZrJsonPtr inner = ElementValue::createObject(etArray), at = inner;
+  for (int i = 1; i < 1500; ++i) at = at->array_append(ElementValue::createObject(etArray)) ? at(0) : ZrJsonPtr();
+  at->array_append(ElementValue::createObject(etString)->set_values("x"));
   onSmallStack([&] {
     ZrJson wrapped(jsontest::Wrapper::wrap(inner));
     EXPECT_EQ(wrapped->writeJson().str(), text);
@@ -204,6 +213,64 @@ TEST(HostileInput, NumbersWithLongExponents) {
     EXPECT_EQ(jsontest::textOf(tree), rows[i].json ? rows[i].json : "null") << "row " << i;
   }
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// How an operation ended: 0 false, 1 true, 2 ZrError(eOutOfMemory), 3 another ZrError,
+// 4 std::bad_alloc.
+template <class Op>
+int outcomeOf(Op op) {
+  try {
+    return op() ? 1 : 0;
+  } catch (const ZrError& e) {
+    return e.status() == Zrad::eOutOfMemory ? 2 : 3;
+  } catch (const std::bad_alloc&) {
+    return 4;
+  }
+}
+
+// Runs `op` in a child process whose address space may grow by `headroom` bytes only; the
+// child's outcomeOf, or 100 and more when it died.
+int outcomeWithLittleMemory(size_t headroom, std::function<bool()> op) {
+  pid_t pid = fork();
+  if (pid == 0) {
+    size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    rlimit cap;
+    cap.rlim_cur = cap.rlim_max = pages * sysconf(_SC_PAGESIZE) + headroom;
+    setrlimit(RLIMIT_AS, &cap);
+    _exit(outcomeOf(op));
+  }
+  int status = 0;
+  waitpid(pid, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 100 + WTERMSIG(status);
+}
+
+// Out of memory is the platform's error or a false result, never std::bad_alloc.
+TEST(HostileInput, OutOfMemoryAtTheBoundary) {
+  constexpr size_t kHeadroom = size_t(32) << 20;
+  ZrJsonPtr controls = ElementValue::createObject(etString);  // 6 bytes of text per byte
+  controls->set_values(ZrUtf8String(std::string(size_t(16) << 20, '\x01')));
+  std::vector<ZrJsonPtr> kept;
+  kept.reserve(size_t(8) << 20);
+  std::string many = "[";
+  for (int i = 0; i < 3000000; ++i) many += i ? ",[1]" : "[1]";
+  many += "]";
+  struct Row {
+    const char* what;
+    std::function<bool()> op;
+    int outcome;
+  } rows[] = {
+      {"text to a stream", [&] { return ZrJson(controls).write2Stream(ZrMemoryStream::createNew().get(), ZrJson::eJsonText); }, 0},
+      {"text", [&] { return !controls->writeJson().isEmpty(); }, 2},
+      {"elements", [&] {
+         for (size_t i = 0; i < kept.capacity(); ++i) kept.push_back(ElementValue::createObject(etInteger));
+         return true;
+       }, 2},
+      {"reading", [&] { return static_cast<bool>(ZrJson::readjson(many)); }, 2},
+  };
+  for (const Row& row : rows) EXPECT_EQ(outcomeWithLittleMemory(kHeadroom, row.op), row.outcome) << row.what;
+}
+#endif
 
 TEST(HostileInput, RandomBytesThroughEveryReader) {
   std::mt19937 random(11);

@@ -108,18 +108,12 @@ TEST_F(Framing, RecvDataBuildsPackageWithOwnedFiles) {
 }
 
 TEST_F(Framing, HostileFramesFailWithoutLeftovers) {
-  auto header = [](uint32_t length, uint32_t count) {
-    std::string out;
-    appendLe(out, length, 4);
-    appendLe(out, count, 4);
-    return out;
-  };
   const std::string oneFile = frame("p", {"data"});
   const std::string rows[] = {
-      header(8, 0).substr(0, 5),                              // half a header
-      header(0xFFFFFFFFu, 0) + std::string(3 << 20, 'j'),     // 4 GiB claim, 3 MiB of junk
-      header(1, 0xFFFFFFFFu) + "p" + std::string(4000, '\0'), // 2^32-1 files, 1000 sizes
-      header(1, 2) + "p" + "\x05\0\0\0" + std::string("\xFF\xFF\xFF\xFF", 4) + "12345",
+      frameHeader(8, 0).substr(0, 5),                              // half a header
+      frameHeader(0xFFFFFFFFu, 0) + std::string(3 << 20, 'j'),     // 4 GiB claim, 3 MiB of junk
+      frameHeader(1, 0xFFFFFFFFu) + "p" + std::string(4000, '\0'), // 2^32-1 files, 1000 sizes
+      frameHeader(1, 2) + "p" + std::string("\x05\0\0\0\xFF\xFF\xFF\xFF", 8) + "12345",
       oneFile.substr(0, oneFile.size() - 2),                  // file cut short
   };
   for (size_t i = 0; i < std::size(rows); ++i) {

@@ -23,12 +23,17 @@ inline void appendLe(std::string& out, uint64_t value, int bytes) {
   for (int i = 0; i < bytes; ++i) out += static_cast<char>((value >> (8 * i)) & 0xFF);
 }
 
+// [L][N]
+inline std::string frameHeader(uint32_t length, uint32_t count) {
+  std::string out;
+  appendLe(out, length, 4);
+  appendLe(out, count, 4);
+  return out;
+}
+
 // [L][N][payload][sizes when L and N are not 0][contents]
 inline std::string frame(const std::string& payload, const std::vector<std::string>& files = {}) {
-  std::string out;
-  appendLe(out, payload.size(), 4);
-  appendLe(out, files.size(), 4);
-  out += payload;
+  std::string out = frameHeader(payload.size(), files.size()) + payload;
   if (payload.empty()) return out;
   for (const std::string& file : files) appendLe(out, file.size(), 4);
   for (const std::string& file : files) out += file;

@@ -1,13 +1,11 @@
 // The service on 127.0.0.1: port stepping, clients, hostile peers that must end only their own
-// connection, and sixteen clients moving files at once.
-#include <arpa/inet.h>
-#include <netinet/in.h>
-
+// connection, and sixteen clients running mixed commands at once.
 #include <filesystem>
 #include <random>
 #include <thread>
 
 #include <zrad/files.h>
+#include <zrad/json.h>
 
 #include "common/testdir.h"
 #include "remotedebug/remote_testing.h"
@@ -17,27 +15,6 @@ using namespace remotetest;
 namespace {
 
 constexpr int kEcho = 7;
-
-// A listening socket on 127.0.0.1:port (0: any free port); -1 when the port is taken.
-int listenOn(unsigned port) {
-  int s = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<uint16_t>(port));
-  if (bind(s, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 || listen(s, 1) != 0) {
-    close(s);
-    return -1;
-  }
-  return s;
-}
-
-unsigned portOf(int s) {
-  sockaddr_in address{};
-  socklen_t length = sizeof address;
-  getsockname(s, reinterpret_cast<sockaddr*>(&address), &length);
-  return ntohs(address.sin_port);
-}
 
 ZrSmartPtr<RvRemoteDebugService> startService(unsigned port = 0) {
   ZrSmartPtr<RvRemoteDebugService> service = RvRemoteDebugService::createObject(port);
@@ -83,16 +60,11 @@ bool waitFor(const std::function<bool()>& done, int seconds = 10) {
 }  // namespace
 
 TEST_F(Service, BindStepsCumulativelyAndStopsCleanly) {
-  // Find p with p, p+1 and p+3 usable, take p and p+1: the service lands on p+3.
-  int taken[2] = {-1, -1};
-  unsigned p = 0;
-  for (int attempt = 0; attempt < 20 && taken[1] < 0; ++attempt) {
-    if (taken[0] >= 0) close(taken[0]);
-    taken[0] = listenOn(0);
-    p = portOf(taken[0]);
-    taken[1] = p < 65000 ? listenOn(p + 1) : -1;
-  }
-  ASSERT_GE(taken[1], 0);
+  // Two services hold p and p+1, so a third asked for p tries p, p+1 and lands on p+3.
+  auto first = startService();
+  const unsigned p = first->getPort();
+  auto second = startService(p);
+  EXPECT_EQ(second->getPort(), p + 1);
   const int descriptors = openDescriptors();
   {
     auto service = startService(p);
@@ -107,39 +79,32 @@ TEST_F(Service, BindStepsCumulativelyAndStopsCleanly) {
   }
   EXPECT_EQ(openDescriptors(), descriptors);
   EXPECT_EQ(tempFiles(), 0u);
-  for (int s : taken) close(s);
+  first->Disconect();
+  second->Disconect();
 }
 
 TEST_F(Service, HostilePeersEndOnlyTheirOwnConnection) {
+  const int descriptors = openDescriptors();
   auto service = startService();
   auto good = connectClient(service->getPort());
   writeFile(dir / "up", std::string(100000, 'u'));
-  const int descriptors = openDescriptors();
-  auto header = [](uint32_t length, uint32_t count) {
-    std::string out;
-    appendLe(out, length, 4);
-    appendLe(out, count, 4);
-    return out;
-  };
   const std::string payload = messageHeader(kEcho, 1, 0, 0);
   const std::string rows[] = {
       "garbage that is no frame at all",
-      header(0xFFFFFFFFu, 0) + std::string(8 << 20, 'j'),  // 4 GiB claim, 8 MiB of junk
-      header(24, 0xFFFFFFFFu) + payload + std::string(400, '\0'),
-      header(24, 1) + payload + std::string("\xF0\xFF\xFF\xFF", 4),  // negative size
+      frameHeader(0xFFFFFFFFu, 0) + std::string(8 << 20, 'j'),  // 4 GiB claim, 8 MiB of junk
+      frameHeader(24, 0xFFFFFFFFu) + payload + std::string(400, '\0'),
+      frameHeader(24, 1) + payload + std::string("\xF0\xFF\xFF\xFF", 4),  // negative size
       frame(payload, {"cut short"}).substr(0, 40),
-      header(24, 0).substr(0, 4),  // half a header, then idle
+      frameHeader(24, 0).substr(0, 4),  // half a header, then idle
   };
   std::vector<int> peers;
   for (const std::string& row : rows) {
-    int peer = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<uint16_t>(service->getPort()));
-    ASSERT_EQ(connect(peer, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    sendAll(peer, row);
-    peers.push_back(peer);
+    // A raw peer: the client's connection taken over without its thread.
+    auto raw = RvRemoteDebugClient::createObject("", 0);
+    ASSERT_TRUE(raw->connect("127.0.0.1", static_cast<int>(service->getPort())));
+    peers.push_back(raw->getSocket());
+    raw->setSocket(0);
+    sendAll(peers.back(), row);
     EXPECT_TRUE(echoes(*good, dir / "up", "still served"));
   }
   for (size_t i = 0; i + 1 < peers.size(); ++i) close(peers[i]);
@@ -147,34 +112,74 @@ TEST_F(Service, HostilePeersEndOnlyTheirOwnConnection) {
   EXPECT_TRUE(waitFor([&] { return service->linkCount() == 1; }, 15));
   EXPECT_TRUE(echoes(*good, dir / "up", "after"));
   close(peers.back());
-  EXPECT_TRUE(waitFor([&] { return openDescriptors() == descriptors; }));
-  EXPECT_EQ(tempFiles(), 0u);
   good->Disconect();
   service->Disconect();
+  good.reset();
+  service.reset();
+  EXPECT_EQ(openDescriptors(), descriptors);
+  EXPECT_EQ(tempFiles(), 0u);
 }
 
-TEST_F(Service, SixteenClientsMoveFilesBothWays) {
+// Sixteen clients at once, each running 100 commands of every kind against one service; every
+// file that goes up and comes back down (or is copied and renamed) is intact.
+TEST_F(Service, SixteenClientsRunMixedCommands) {
+  CNetCommand::setCurrentDir(ZrString(ZrUtf8String(dir.path())));
   auto service = startService();
-  constexpr int kClients = 16, kRounds = 100;
-  std::atomic<int> intact{0};
+  constexpr int kClients = 16, kCommands = 100;
+  std::atomic<int> failures{0};
   std::vector<std::thread> threads;
   for (int c = 0; c < kClients; ++c) {
     threads.emplace_back([&, c] {
       auto client = connectClient(service->getPort());
       std::mt19937 random(static_cast<unsigned>(c));
-      for (int round = 0; round < kRounds; ++round) {
-        std::string name = dir / ("c" + std::to_string(c) + "-" + std::to_string(round));
+      auto answer = [&](const char* word, const std::string& arg1, const std::string& arg2) {
+        ZrJsonPtr in = ZrJson::readjson("{}"), out = ZrJson::readjson("{}");
+        in->SetDataS("arg1", arg1.c_str());
+        in->SetDataS("arg2", arg2.c_str());
+        if (!CNetCommand::sendSynCommand(client.get(), word, 10000, in, out)) return std::string("<failed>");
+        return out("texts").ArrayCount() == 1 ? out("texts")(0)->strValue().str() : "<not one text>";
+      };
+      for (int done = 0, round = 0; done < kCommands; ++round) {
+        const std::string name = "c" + std::to_string(c) + "-" + std::to_string(round);
         std::string bytes(random() % 70000, '\0');
         for (char& byte : bytes) byte = static_cast<char>(random());
-        writeFile(name, bytes);
-        intact += echoes(*client, name, std::to_string(round));
+        writeFile(dir / ("local/" + name + ".bin"), bytes);
+        const struct {
+          const char* word;
+          std::string arg1, arg2, expected;
+        } steps[] = {
+            {"HELLO", "", "", "欢迎连接 本机"},
+            {"UP", dir / ("local/" + name + ".bin"), "", "上传成功！"},
+            {"DOWN", name + ".bin", "", "已下载到：" + dir / (name + "-副本.bin")},
+            {"CP", name + ".bin", name + "-cp.bin", "复制成功！"},
+            {"RN", name + "-cp.bin", name + "-rn.bin", "修改成功！"},
+            {"MD", name + "-d", "", "新建成功！"},
+            {"R", name + "-d", "", "删除成功！"},
+            {"FIND", name + "-rn.*", "", name + "-rn.bin;\r\n"},
+            {"LS", name + "-rn.*", "", name + "-rn.bin\r\n"},
+        };
+        for (const auto& step : steps) {
+          if (done++ == kCommands) break;
+          const std::string got = answer(step.word, step.arg1, step.arg2);
+          if (got != step.expected) {
+            ++failures;
+            ADD_FAILURE() << "client " << c << " " << step.word << " " << step.arg1 << ": " << got;
+          }
+        }
+        for (const char* copy : {"-副本.bin", "-rn.bin"}) {
+          if (exists(dir / (name + copy)) && readFile(dir / (name + copy)) != bytes) {
+            ++failures;
+            ADD_FAILURE() << "client " << c << " " << name << copy << " differs";
+          }
+        }
       }
       client->Disconect();
     });
   }
   for (auto& thread : threads) thread.join();
-  EXPECT_EQ(intact.load(), kClients * kRounds);
+  EXPECT_EQ(failures.load(), 0);
   EXPECT_TRUE(waitFor([&] { return service->linkCount() == 0; }));
   service->Disconect();
+  CNetCommand::setCurrentDir(ZrString());
   EXPECT_EQ(tempFiles(), 0u);
 }

@@ -1,25 +1,24 @@
 #!/bin/sh
-# Smoke test of the zrad xml commands: the tree, lookups by name, and one-line failures.
+# zrad xml: one case a line (see cli.sh): status, stdout, stderr pattern, arguments.
 # Usage: xml_cli.sh PATH/TO/zrad
 . "$(dirname "$0")/cli.sh"
-printf '<d n="1">\n <layer id="0" c="a&quot;b">walls<line x="1"/></layer>\n <Layer id="1"/>\n</d>\n' > "$dir/t.xml"
-printf '<a>\n<b>\n</a>\n' > "$dir/bad.xml"
+printf '<d n="1">\n <layer id="0" c="a&quot;b">walls<line x="1"/></layer>\n <Layer id="1"/>\n</d>\n' > t.xml
+printf '<a>\n<b>\n</a>\n' > bad.xml
+mkdir sub
 
-check "tree shows names, attributes, texts, depth" test "$("$zrad" xml tree "$dir/t.xml")" = \
-  "$(printf 'd n="1"\n  layer id="0" c="a\\"b" : walls\n    line x="1"\n  Layer id="1"')"
-check "get finds the first name ignoring case" test "$("$zrad" xml get "$dir/t.xml" LAYER)" = walls
-check "get an attribute two levels down" test "$("$zrad" xml get "$dir/t.xml" layer/line --attr x)" = 1
-check "an empty path names the root" test "$("$zrad" xml get "$dir/t.xml" "" --attr n)" = 1
-check "a parse error names the file and line" test "$("$zrad" xml tree "$dir/bad.xml" 2>&1)" = \
-  "zrad xml tree: cannot read $dir/bad.xml: XML_ERROR_MISMATCHED_ELEMENT at line 2"
-check "a missing file names the file" test "$("$zrad" xml tree "$dir/none.xml" 2>&1)" = \
-  "zrad xml tree: cannot read $dir/none.xml: no such file"
-"$zrad" xml get "$dir/t.xml" layer/nothing 2> /dev/null
-check "a missing element fails with 1" test $? -eq 1
-"$zrad" xml get "$dir/t.xml" layer --attr nothing 2> /dev/null
-check "a missing attribute fails with 1" test $? -eq 1
-"$zrad" xml tree "$dir" 2> /dev/null
-check "a directory fails with 1" test $? -eq 1
-"$zrad" xml get "$dir/t.xml" 2> /dev/null
-check "a missing path is a usage error" test $? -eq 2
+# The tree shows names, attributes (escaped), texts and depth.
+expect 0 'd n="1"\n  layer id="0" c="a\\"b" : walls\n    line x="1"\n  Layer id="1"\n' '' xml tree t.xml
+# get walks names as the filer does: the first match, ASCII case ignored; "" is the root.
+expect 0 'walls\n' '' xml get t.xml LAYER
+expect 0 '1\n' '' xml get t.xml layer/line --attr x
+expect 0 '1\n' '' xml get t.xml layer/line --attr=x
+expect 0 '1\n' '' xml get t.xml '' --attr n
+# Failures say why, naming the file and, for a parse error, the line.
+expect 1 '' 'zrad xml tree: cannot read bad.xml: XML_ERROR_MISMATCHED_ELEMENT at line 2' xml tree bad.xml
+expect 1 '' 'zrad xml tree: cannot read none.xml: no such file' xml tree none.xml
+expect 1 '' 'zrad xml tree: cannot read sub: *' xml tree sub
+expect 1 '' 'zrad xml get: t.xml: no element at layer/nothing' xml get t.xml layer/nothing
+expect 1 '' 'zrad xml get: t.xml: no attribute nothing at layer' xml get t.xml layer --attr nothing
+expect 2 '' 'zrad xml get: PATH is required*' xml get t.xml
+expect 2 '' '*' xml
 finish

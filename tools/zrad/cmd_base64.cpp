@@ -109,6 +109,6 @@ void add(CLI::App& zrad) {
   });
 }
 
-const Registration kRegistration(add);
+const Registration kRegistration("base64", add);
 
 }  // namespace

@@ -42,6 +42,6 @@ void add(CLI::App& zrad) {
   onRun(cmd, run);
 }
 
-const Registration kRegistration(add);
+const Registration kRegistration("des", add);
 
 }  // namespace

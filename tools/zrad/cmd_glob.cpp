@@ -69,6 +69,6 @@ void add(CLI::App& zrad) {
   onRun(cmd, run);
 }
 
-const Registration kRegistration(add);
+const Registration kRegistration("glob", add);
 
 }  // namespace

@@ -48,6 +48,7 @@ std::string written(const ZrJsonPtr& value, ZrJson::fileFormat format) {
 }
 
 // Writes `value` to an output operand as JSON text (shown, with a newline) or in binary form.
+// A file is replaced only when the whole output is ready.
 int put(const ZrJsonPtr& value, const std::string& operand, ZrJson::fileFormat format) {
   std::string bytes = written(value, format), cause;
   if (bytes.empty()) return fail("cannot write " + operandName(operand, false), "the tree is nested too deeply");
@@ -107,11 +108,7 @@ int set() {
                                             : parent->setArrayItem(static_cast<int>(index), item);
   }
   if (!stored) return fail("cannot store a value at " + where, "no object or array item there");
-  if (binary) return put(tree, file, ZrJson::eBinary);
-  std::string bytes = written(tree, ZrJson::eJsonText), cause;
-  if (bytes.empty() || !writeAll(file, showJson(bytes, false), cause))
-    return fail("cannot write " + operandName(file, false), bytes.empty() ? "the tree is nested too deeply" : cause);
-  return kOk;
+  return put(tree, file, binary ? ZrJson::eBinary : ZrJson::eJsonText);
 }
 
 int check() {
@@ -161,6 +158,6 @@ void add(CLI::App& zrad) {
   addFile(sub);
 }
 
-const Registration kRegistration(add);
+const Registration kRegistration("json", add);
 
 }  // namespace

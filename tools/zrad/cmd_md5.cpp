@@ -122,6 +122,6 @@ void add(CLI::App& zrad) {
   });
 }
 
-const Registration kRegistration(add);
+const Registration kRegistration("md5", add);
 
 }  // namespace

@@ -69,6 +69,6 @@ void add(CLI::App& zrad) {
   }
 }
 
-const Registration kRegistration(add);
+const Registration kRegistration("path", add);
 
 }  // namespace

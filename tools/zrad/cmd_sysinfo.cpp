@@ -87,6 +87,6 @@ void add(CLI::App& zrad) {
   onRun(cmd, [] { return printAll(pid); });
 }
 
-const Registration kRegistration(add);
+const Registration kRegistration("sysinfo", add);
 
 }  // namespace

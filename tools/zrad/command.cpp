@@ -1,14 +1,16 @@
 // zrad command families: the registry, the run of the chosen subcommand and its messages.
 #include "command.h"
 
-#include <vector>
+#include <map>
 
 namespace zradtool {
 
 namespace {
 
-std::vector<void (*)(CLI::App&)>& registry() {
-  static std::vector<void (*)(CLI::App&)> all;
+using Families = std::map<std::string, void (*)(CLI::App&)>;
+
+Families& registry() {
+  static Families all;
   return all;
 }
 
@@ -17,10 +19,10 @@ int status = kOk;
 
 }  // namespace
 
-Registration::Registration(void (*add)(CLI::App& zrad)) { registry().push_back(add); }
+Registration::Registration(const char* family, void (*add)(CLI::App& zrad)) { registry()[family] = add; }
 
 void addFamilies(CLI::App& zrad) {
-  for (auto add : registry()) add(zrad);
+  for (const auto& family : registry()) family.second(zrad);
 }
 
 int exitStatus() { return status; }

@@ -12,7 +12,7 @@
 //     cmd->add_option("FILE", files, "files to digest; none or \"-\": standard input");
 //     onRun(cmd, run);
 //   }
-//   const Registration kRegistration(add);
+//   const Registration kRegistration("md5", add);
 //   }  // namespace
 //
 // A family that needs libraries of its own (cairo, libedit) or more sources adds them to the
@@ -37,10 +37,10 @@ namespace zradtool {
 
 enum ExitStatus { kOk = 0, kFailed = 1, kUsage = 2 };
 
-// Registers a function that adds a family's subcommand(s) to the tool; families are added in
-// the order of their names' registration, and `zrad help` lists them sorted by name.
+// Registers the function that adds a family's subcommand(s) to the tool. Families are added,
+// and `zrad help` lists them, in the order of their names.
 struct Registration {
-  explicit Registration(void (*add)(CLI::App& zrad));
+  Registration(const char* family, void (*add)(CLI::App& zrad));
 };
 
 // Runs `body` when `cmd` is the subcommand chosen; its result becomes zrad's exit status.

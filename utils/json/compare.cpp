@@ -16,9 +16,6 @@
 namespace zrad::json {
 namespace {
 
-// Members are fetched a few ahead of their comparison, so the misses on them overlap.
-constexpr int kCompareAhead = 4;
-
 // The outcome of comparing two elements without looking at their members.
 enum class Shallow { kEqual, kUnequal, kCompareMembers };
 
@@ -32,7 +29,7 @@ Shallow compareFields(const ElementValue& a, const ElementValue& b) {
   switch (kind) {
     case etObject:
     case etArray:
-      return sizeOf(blockOf(a)) == sizeOf(blockOf(b)) ? Shallow::kCompareMembers : Shallow::kUnequal;
+      return memberCount(a) == memberCount(b) ? Shallow::kCompareMembers : Shallow::kUnequal;
     case etNone: return Shallow::kEqual;
     case etBoolean: return verdict(((wa & 0xFF) != 0) == ((wb & 0xFF) != 0));
     case etDouble: {
@@ -90,8 +87,8 @@ class MemberComparison {
     const ElementValue* et = asElement(theirs);
     if (em && et) {
       m_fields = true;
-      m_mineBlock = blockOf(*em);
-      m_theirsBlock = blockOf(*et);
+      m_mineWord = ElementAccess::word(*em);
+      m_theirsWord = ElementAccess::word(*et);
     }
   }
 
@@ -120,12 +117,8 @@ class MemberComparison {
     // The own position first, then every other one in order.
     int candidate = m_tried == 0 ? m_index : (m_tried - 1 < m_index ? m_tried - 1 : m_tried);
     if (m_fields) {
-      IElementValueBase* const* mine = static_cast<const ItemStore*>(m_mineBlock)->items();
-      IElementValueBase* const* theirs = static_cast<const ItemStore*>(m_theirsBlock)->items();
-      if (m_tried == 0 && m_index + kCompareAhead < m_count) {
-        __builtin_prefetch(mine[m_index + kCompareAhead]);
-        __builtin_prefetch(theirs[m_index + kCompareAhead]);
-      }
+      IElementValueBase* const* mine = reinterpret_cast<const ItemStore*>(m_mineWord)->items();
+      IElementValueBase* const* theirs = reinterpret_cast<const ItemStore*>(m_theirsWord)->items();
       a = mine[candidate];
       b = theirs[m_index];
       return std::nullopt;
@@ -141,14 +134,8 @@ class MemberComparison {
   std::optional<bool> nextProperty(const IElementValueBase*& a, const IElementValueBase*& b) {
     if (m_fields) {
       // Both hold the same number of distinct names in order: each namesake sits at the same index.
-      const Entry* mineEntries = static_cast<const ObjectStore*>(m_mineBlock)->items();
-      const Entry* theirsEntries = static_cast<const ObjectStore*>(m_theirsBlock)->items();
-      if (m_index + kCompareAhead < m_count) {
-        __builtin_prefetch(mineEntries[m_index + kCompareAhead].value);
-        __builtin_prefetch(theirsEntries[m_index + kCompareAhead].value);
-      }
-      const Entry& mine = mineEntries[m_index];
-      const Entry& theirs = theirsEntries[m_index];
+      const Entry& mine = entryAt(m_mineWord, static_cast<uint32_t>(m_index));
+      const Entry& theirs = entryAt(m_theirsWord, static_cast<uint32_t>(m_index));
       if (mine.name.view() != theirs.name.view()) return false;
       a = mine.value;
       b = theirs.value;
@@ -168,8 +155,8 @@ class MemberComparison {
   int m_count;
   // Both are ElementValues: their blocks are read directly.
   bool m_fields = false;
-  const void* m_mineBlock = nullptr;
-  const void* m_theirsBlock = nullptr;
+  uint64_t m_mineWord = 0;
+  uint64_t m_theirsWord = 0;
   bool m_failed = false;
   int m_index = 0;  // the property or item of `theirs` being matched
   int m_tried = 0;  // the items of `mine` tried for it so far (Arrays)

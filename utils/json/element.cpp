@@ -6,9 +6,7 @@
 // buffer in the second word.
 #include <cstdint>
 #include <cstdlib>
-#include <new>
 
-#include "json/element_pool.h"
 #include "json/element_store.h"
 #include "json/numfmt.h"
 #include "log/logmsg.h"
@@ -46,18 +44,12 @@ ZrJsonPtr ElementValue::createObject(int type) {
   return ZrJsonPtr::adopt(e);
 }
 
-ElementValue* ElementValue::make(uint32_t type) {
-  auto* e = new (elementBlock()) ElementValue();
-  e->m_type = type;
-  return e;
-}
-
 ElementValue::~ElementValue() { freePointerValue(); }
 
 void ElementValue::freePointerValue() {
   switch (kindOf(m_type)) {
     case etArray: freeItems(static_cast<ItemStore*>(m_value.p)); break;
-    case etObject: freeEntries(static_cast<ObjectStore*>(m_value.p)); break;
+    case etObject: freeEntries(m_value.u); break;
     case etString: freeText(*this); break;
     case etByteBlock: std::free(m_second.byteBlock); break;
     case etOwnedPointer: if (m_value.p) zrrxFree(m_value.p); break;
@@ -229,47 +221,27 @@ ZrJsonPtr ElementValue::set_valuep(void* value, int type) {
 // ---- properties ----
 
 namespace {
-const ObjectStore* objectOf(const ElementValue& e) {
-  return kindOf(ElementAccess::type(e)) == etObject ? entriesOf(e) : nullptr;
-}
-
-// set_property moves at most this many entries to put a new name in its place; a name further
-// from the end waits at the end of the block (see entriesOf) until more than unorderedLimit wait.
-constexpr uint32_t kMovedAtMost = 64;
-
-// About the square root of `size`: the waiting names are searched one by one, and sorting them
-// in moves the whole block, so this balances the two.
-uint32_t unorderedLimit(uint32_t size) {
-  uint32_t root = 1u << ((32 - __builtin_clz(size | 1)) / 2);
-  return root > kMovedAtMost ? root : kMovedAtMost;
-}
-
-// Index of `name` among the `count` entries at `entries`, in no order, or -1.
-int findUnordered(const Entry* entries, uint32_t count, std::string_view name) {
-  for (uint32_t i = 0; i < count; ++i)
-    if (entries[i].name.size == name.size() && compareNames(entries[i].name.view(), name) == 0) return static_cast<int>(i);
-  return -1;
+// The entries word of an Object; 0 (no entries) for other kinds.
+uint64_t entriesOf(const ElementValue& e) {
+  return kindOf(ElementAccess::type(e)) == etObject ? ElementAccess::word(e) : 0;
 }
 }  // namespace
 
 ZrJsonPtr ElementValue::property_sub(const ZrUtf8String& name) const {
-  const ObjectStore* store = objectOf(*this);
-  int at = findEntry(store, viewOf(name));
-  return at >= 0 ? ZrJsonPtr(store->items()[at].value) : ZrJsonPtr();
+  IElementValueBase** slot = findValue(entriesOf(*this), viewOf(name));
+  return slot ? ZrJsonPtr(*slot) : ZrJsonPtr();
 }
 
 bool ElementValue::hasProperty(const ZrUtf8String& name) const {
-  return findEntry(objectOf(*this), viewOf(name)) >= 0;
+  return findValue(entriesOf(*this), viewOf(name)) != nullptr;
 }
 
-int ElementValue::property_count() const {
-  return static_cast<int>(sizeOf(objectOf(*this)));
-}
+int ElementValue::property_count() const { return static_cast<int>(entryCount(entriesOf(*this))); }
 
 ZrJsonPtr ElementValue::enumproperty(int i, ZrUtf8String& key) const {
-  const ObjectStore* store = objectOf(*this);
-  if (i < 0 || static_cast<uint32_t>(i) >= sizeOf(store)) return {};
-  const Entry& e = store->items()[i];
+  const uint64_t entries = entriesOf(*this);
+  if (i < 0 || static_cast<uint32_t>(i) >= entryCount(entries)) return {};
+  const Entry& e = entryAt(entries, static_cast<uint32_t>(i));
   key = ZrUtf8String(std::string(e.name.view()));
   return ZrJsonPtr(e.value);
 }
@@ -279,40 +251,14 @@ ZrJsonPtr ElementValue::set_property(const ZrUtf8String& name, const ZrJsonPtr& 
     ZRAD_LOG(5, kLogSource, "%s(%s), line:%d, type:0x%x", "set_property", name.c_str(), __LINE__, m_type);
     return {};
   }
-  const std::string_view key = viewOf(name);
-  auto* store = static_cast<ObjectStore*>(m_value.p);
-  const uint32_t size = sizeOf(store), unordered = static_cast<uint32_t>(m_second.word);
-  const uint32_t ordered = size - unordered;
-  int at = size ? findEntry(store->items(), ordered, key) : -1;
-  if (at < 0 && unordered) {
-    int waiting = findUnordered(store->items() + ordered, unordered, key);
-    if (waiting >= 0) at = static_cast<int>(ordered) + waiting;
-  }
-  if (at >= 0) {
-    IElementValueBase*& slot = store->items()[at].value;
-    if (slot && (slot->getType() & etReadOnlyFlag)) return {};
+  if (IElementValueBase** slot = findValue(m_value.u, viewOf(name))) {
+    if (*slot && ((*slot)->getType() & etReadOnlyFlag)) return {};
     if (value.get()) value->AddRef();
-    releaseItem(std::exchange(slot, value.get()));
+    releaseItem(std::exchange(*slot, value.get()));
     return value;
   }
-  // Room first, then the name: if either runs out of memory, the Object is as it was.
-  store = static_cast<ObjectStore*>(growBlock(store, sizeof(Entry), size + 1));
-  m_value.p = store;
-  Entry added;
-  makeName(added.name, key);
-  added.value = value.get();
-  Entry* entries = store->items();
-  uint32_t pos = static_cast<uint32_t>(-at - 1);
-  if (unordered == 0 && ordered - pos <= kMovedAtMost) {
-    std::memmove(entries + pos + 1, entries + pos, (size - pos) * sizeof(Entry));
-  } else {
-    pos = size;
-    ++m_second.word;
-  }
-  entries[pos] = added;
+  insertEntry(m_value.u, viewOf(name), value.get());
   if (value.get()) value->AddRef();
-  ++store->size;
-  if (m_second.word > unorderedLimit(store->size)) settle(*this);
   return value;
 }
 
@@ -354,16 +300,8 @@ ZrJsonPtr ElementValue::set_propertyp(const ZrUtf8String& name, void* value, boo
 
 void ElementValue::removeProperty(const ZrUtf8String& name) {
   if (kindOf(m_type) != etObject || (m_type & etReadOnlyFlag)) return;
-  settle(*this);
-  auto* store = static_cast<ObjectStore*>(m_value.p);
-  int at = findEntry(store, viewOf(name));
-  if (at < 0) return;
-  Entry* entries = store->items();
-  IElementValueBase* dropped = entries[at].value;
-  freeName(entries[at].name);
-  std::memmove(entries + at, entries + at + 1, (store->size - at - 1) * sizeof(Entry));
-  --store->size;
-  releaseItem(dropped);
+  IElementValueBase* dropped;
+  if (removeEntry(m_value.u, viewOf(name), dropped)) releaseItem(dropped);
 }
 
 // ---- arrays ----

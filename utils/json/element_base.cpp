@@ -13,11 +13,15 @@ namespace {
 // Trivially destructible, so access needs no guard; the queue lives only while a teardown runs.
 struct Teardown {
   bool running;
+  int nested;  // containers being emptied in place by releaseItem
   IElementValueBase** pending;
   size_t size;
   size_t capacity;
 };
 thread_local Teardown tTeardown;
+// Containers nested this deep inside one another are emptied in place; deeper ones wait in the
+// queue, so the stack stays shallow whatever the tree.
+constexpr int kNestedInPlace = 32;
 
 // A scalar element frees no other element, so it may go at once without deepening anything.
 bool isLeaf(const IElementValueBase* e) {
@@ -25,15 +29,17 @@ bool isLeaf(const IElementValueBase* e) {
   return ev && !zrad::json::isContainer(zrad::json::kindOf(ElementAccess::type(*ev)));
 }
 
-void queue(Teardown& t, IElementValueBase* e) {
+// False when the queue has no room and no memory to grow.
+bool queue(Teardown& t, IElementValueBase* e) {
   if (t.size == t.capacity) {
     size_t grown = t.capacity ? t.capacity * 2 : 256;
     void* p = std::realloc(t.pending, grown * sizeof(IElementValueBase*));
-    if (!p) throw ZrError(Zrad::eOutOfMemory);
+    if (!p) return false;
     t.pending = static_cast<IElementValueBase**>(p);
     t.capacity = grown;
   }
   t.pending[t.size++] = e;
+  return true;
 }
 
 // Deletes one element: the tree's own go back to the element pool, others to the heap.
@@ -49,8 +55,8 @@ void dispose(IElementValueBase* e) {
 void destroy(IElementValueBase* e) {
   Teardown& t = tTeardown;
   if (t.running) {
-    if (isLeaf(e)) dispose(e);
-    else queue(t, e);
+    // Without memory for the queue, a container goes at once: a deeper stack, nothing lost.
+    if (isLeaf(e) || !queue(t, e)) dispose(e);
     return;
   }
   t.running = true;
@@ -67,7 +73,24 @@ void destroy(IElementValueBase* e) {
 namespace zrad::json {
 
 void releaseItem(IElementValueBase* e) {
-  if (e) e->Release();
+  if (!e) return;
+  // Dropping a tree is mostly dropping elements held once: an ElementValue held once has its
+  // storage freed and its block returned here, without the virtual Release and destructor
+  // calls and the teardown queue (containers down to kNestedInPlace levels). This pays about
+  // a third of the cost of dropping a tree (json_bench readfree_*, clone_*).
+  ElementValue* ev = asElement(e);
+  if (ev && ElementAccess::soleHolder(*ev)) {
+    Teardown& t = tTeardown;
+    const bool container = isContainer(kindOf(ElementAccess::type(*ev)));
+    if (!container || t.nested < kNestedInPlace) {
+      t.nested += container;
+      ev->freePointerValue();
+      t.nested -= container;
+      freeElementBlock(ev);
+      return;
+    }
+  }
+  e->Release();
 }
 
 }  // namespace zrad::json

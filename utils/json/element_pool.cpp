@@ -48,31 +48,55 @@ int classOf(size_t size) {
 struct Stock {
   std::mutex mutex;
   std::vector<void*> free[kClasses];
+  // Blocks given back while there was no memory to list them, chained through their first word.
+  void* spilled[kClasses] = {};
   std::vector<void*> chunks;  // every chunk, so the memory stays reachable
 
   // Moves up to `max` free blocks of class `c` to `out` (carving a fresh chunk when there are
-  // none) and returns how many.
+  // none) and returns how many; throws ZrError(eOutOfMemory) when there are none and no memory.
   size_t take(int c, void** out, size_t max) {
     std::lock_guard<std::mutex> lock(mutex);
     std::vector<void*>& f = free[c];
+    size_t n = 0;
+    for (; n < max && spilled[c]; ++n) {
+      out[n] = spilled[c];
+      std::memcpy(&spilled[c], out[n], sizeof(void*));
+    }
+    if (n) return n;
     if (f.empty()) carve(c);
-    size_t n = std::min(max, f.size());
+    n = std::min(max, f.size());
     std::memcpy(out, f.data() + f.size() - n, n * sizeof(void*));
     f.resize(f.size() - n);
     return n;
   }
-  void give(int c, void* const* blocks, size_t n) {
+  // Never throws: freeing runs in destructors.
+  void give(int c, void* const* blocks, size_t n) noexcept {
     std::lock_guard<std::mutex> lock(mutex);
-    free[c].insert(free[c].end(), blocks, blocks + n);
+    try {
+      free[c].insert(free[c].end(), blocks, blocks + n);
+    } catch (const std::bad_alloc&) {
+      for (size_t i = 0; i < n; ++i) {
+        std::memcpy(blocks[i], &spilled[c], sizeof(void*));
+        spilled[c] = blocks[i];
+      }
+    }
   }
 
  private:
   void carve(int c) {
+    const size_t count = kChunkBytes / kClassSize[c];
     char* chunk = static_cast<char*>(std::malloc(kChunkBytes));
-    if (!chunk) throw ZrError(Zrad::eOutOfMemory);
+    try {
+      if (!chunk) throw std::bad_alloc();
+      chunks.reserve(chunks.size() + 1);
+      free[c].reserve(free[c].size() + count);
+    } catch (const std::bad_alloc&) {
+      std::free(chunk);
+      throw ZrError(Zrad::eOutOfMemory);
+    }
     chunks.push_back(chunk);
     // Highest first, so blocks are handed out in address order.
-    for (size_t i = kChunkBytes / kClassSize[c]; i-- > 0;) free[c].push_back(chunk + i * kClassSize[c]);
+    for (size_t i = count; i-- > 0;) free[c].push_back(chunk + i * kClassSize[c]);
   }
 };
 
@@ -103,12 +127,13 @@ struct CacheCloser {
 };
 thread_local CacheCloser tCloser;
 
-// Gives the thread its slot array for class `c`; false once the thread is exiting.
+// Gives the thread its slot array for class `c`; false once the thread is exiting, or when
+// there is no memory for it (the caller then goes to the stock directly).
 bool open(Cache& cache, int c) {
   if (cache.closed) return false;
   if (!cache.slots[c]) {
     cache.slots[c] = static_cast<void**>(std::malloc(kSlots * sizeof(void*)));
-    if (!cache.slots[c]) throw ZrError(Zrad::eOutOfMemory);
+    if (!cache.slots[c]) return false;
     (void)&tCloser;  // registers the closer for this thread
   }
   return true;
@@ -124,15 +149,10 @@ __attribute__((noinline)) void* takeSlow(Cache& cache, int c) {
   return cache.slots[c][--cache.count[c]];
 }
 
-// Blocks come back from freed trees long since out of the cache: fetching the block that will
-// be handed out a few calls later overlaps its miss with the work in between.
-constexpr size_t kTakeAhead = 16;
-
 void* take(int c) {
   Cache& cache = tCache;
   size_t n = cache.count[c];
   if (!n) return takeSlow(cache, c);
-  if (n > kTakeAhead) __builtin_prefetch(cache.slots[c][n - 1 - kTakeAhead], 1);
   cache.count[c] = n - 1;
   return cache.slots[c][n - 1];
 }
@@ -140,7 +160,7 @@ void* take(int c) {
 // Takes `block` when the thread's slots are full or not yet there: makes room by handing the
 // oldest batch back (so a thread that only frees does not hoard), or gives the block to the
 // stock directly once the thread is exiting.
-__attribute__((noinline)) void giveSlow(Cache& cache, int c, void* block) {
+__attribute__((noinline)) void giveSlow(Cache& cache, int c, void* block) noexcept {
   if (!open(cache, c)) {
     stock().give(c, &block, 1);
     return;
@@ -154,7 +174,7 @@ __attribute__((noinline)) void giveSlow(Cache& cache, int c, void* block) {
 }
 
 // Kept small and free of calls but the rare one, so it needs no stack frame.
-void give(int c, void* block) {
+void give(int c, void* block) noexcept {
   Cache& cache = tCache;
   size_t n = cache.count[c];
   if (!cache.slots[c] || n == kSlots) return giveSlow(cache, c, block);

@@ -5,17 +5,11 @@
 #include "json/element_store.h"
 
 #include <algorithm>
-#include <memory>
-#include <mutex>
-#include <new>
 
 #include "json/element_pool.h"
 
 namespace zrad::json {
 namespace {
-
-// Members of a dropped container are scattered: fetch a few ahead so their misses overlap.
-constexpr uint32_t kReleaseAhead = 4;
 
 size_t blockBytes(size_t itemSize, uint32_t capacity) { return sizeof(Block<char>) + capacity * itemSize; }
 
@@ -94,21 +88,8 @@ void* blockFrom(const void* items, size_t itemSize, uint32_t count) {
 
 void freeItems(ItemStore* store) {
   if (!store) return;
-  for (uint32_t i = 0; i < store->size; ++i) {
-    if (i + kReleaseAhead < store->size) __builtin_prefetch(store->items()[i + kReleaseAhead]);
-    releaseItem(store->items()[i]);
-  }
+  for (uint32_t i = 0; i < store->size; ++i) releaseItem(store->items()[i]);
   freeBlock(store, sizeof(IElementValueBase*));
-}
-
-void freeEntries(ObjectStore* store) {
-  if (!store) return;
-  for (uint32_t i = 0; i < store->size; ++i) {
-    if (i + kReleaseAhead < store->size) __builtin_prefetch(store->items()[i + kReleaseAhead].value);
-    freeName(store->items()[i].name);
-    releaseItem(store->items()[i].value);
-  }
-  freeBlock(store, sizeof(Entry));
 }
 
 int findEntry(const Entry* entries, uint32_t count, std::string_view name) {
@@ -125,45 +106,167 @@ int findEntry(const Entry* entries, uint32_t count, std::string_view name) {
 
 namespace {
 
-bool nameBefore(const Entry& a, const Entry& b) { return compareNames(a.name.view(), b.name.view()) < 0; }
+void freeEntryBlock(ObjectStore* store) {
+  if (!store) return;
+  for (uint32_t i = 0; i < store->size; ++i) {
+    freeName(store->items()[i].name);
+    releaseItem(store->items()[i].value);
+  }
+  freeBlock(store, sizeof(Entry));
+}
 
-// Moves the `count` entries after the first `ordered` ones, both runs in order and all names
-// different, into their places. Each finds its place by a binary search, and every entry moves
-// at most once, in blocks; a whole merge would compare every entry it passes.
-void placeTail(Entry* entries, uint32_t ordered, uint32_t count) {
-  std::unique_ptr<Entry[]> tail(new (std::nothrow) Entry[count]);
-  if (!tail) {
-    std::inplace_merge(entries, entries + ordered, entries + ordered + count, nameBefore);
-    return;
+// The run that holds `name` or would take it: the last whose first name is not above it.
+uint32_t runFor(const RunIndex* index, std::string_view name) {
+  uint32_t lo = 0, hi = index->size;  // the answer is in [lo, hi)
+  while (hi - lo > 1) {
+    uint32_t mid = (lo + hi) / 2;
+    if (compareNames(index->items()[mid].block->items()[0].name.view(), name) <= 0) lo = mid;
+    else hi = mid;
   }
-  std::memcpy(tail.get(), entries + ordered, count * sizeof(Entry));
-  uint32_t end = ordered;  // the ordered entries not moved yet
-  for (uint32_t j = count; j-- > 0;) {
-    int at = findEntry(entries, end, tail[j].name.view());
-    uint32_t pos = static_cast<uint32_t>(at < 0 ? -at - 1 : at);
-    std::memmove(entries + pos + j + 1, entries + pos, (end - pos) * sizeof(Entry));
-    entries[pos + j] = tail[j];
-    end = pos;
+  return lo;
+}
+
+// Counts again the entries before each run from run `from` on.
+void recount(RunIndex* index, uint32_t from) {
+  Run* runs = index->items();
+  for (uint32_t r = from; r < index->size; ++r) runs[r].before = r ? runs[r - 1].before + runs[r - 1].block->size : 0;
+}
+
+// Puts `entry` at `pos` in `store`, which has room for it.
+void placeEntry(ObjectStore* store, uint32_t pos, const Entry& entry) {
+  Entry* entries = store->items();
+  std::memmove(entries + pos + 1, entries + pos, (store->size - pos) * sizeof(Entry));
+  entries[pos] = entry;
+  ++store->size;
+}
+
+// A run of the `count` entries at `from` with room for kRunMax.
+ObjectStore* runOf(const Entry* from, uint32_t count) {
+  auto* run = static_cast<ObjectStore*>(newBlock(sizeof(Entry), kRunMax));
+  std::memcpy(run->items(), from, count * sizeof(Entry));
+  run->size = count;
+  return run;
+}
+
+// The sorted block `store` cut into runs half full, so the next inserts find room.
+uint64_t runsFrom(ObjectStore* store) {
+  constexpr uint32_t kHalf = kRunMax / 2;
+  const uint32_t count = (store->size + kHalf - 1) / kHalf;
+  auto* index = static_cast<RunIndex*>(newBlock(sizeof(Run), count));
+  index->size = 0;
+  try {
+    for (uint32_t r = 0; r < count; ++r) {
+      uint32_t first = r * kHalf;
+      index->items()[r] = {runOf(store->items() + first, std::min(kHalf, store->size - first)), 0};
+      ++index->size;
+    }
+  } catch (...) {
+    for (uint32_t r = 0; r < index->size; ++r) freeBlock(index->items()[r].block, sizeof(Entry));
+    freeBlock(index, sizeof(Run));
+    throw;
   }
+  recount(index, 0);
+  freeBlock(store, sizeof(Entry));
+  return reinterpret_cast<uint64_t>(index) | 1;
+}
+
+// Inserts into the runs; the entry's name is made, every block it needs is there.
+void insertIntoRuns(uint64_t& word, const Entry& entry) {
+  RunIndex* index = runsOf(word);
+  uint32_t r = runFor(index, entry.name.view());
+  const uint32_t changed = r;
+  ObjectStore* run = index->items()[r].block;
+  if (run->size == kRunMax) {  // split the full run in two halves
+    index = static_cast<RunIndex*>(growBlock(index, sizeof(Run), index->size + 1));
+    word = reinterpret_cast<uint64_t>(index) | 1;
+    ObjectStore* upper = runOf(run->items() + kRunMax / 2, kRunMax / 2);
+    run->size = kRunMax / 2;
+    Run* runs = index->items();
+    std::memmove(runs + r + 2, runs + r + 1, (index->size - r - 1) * sizeof(Run));
+    runs[r + 1] = {upper, 0};
+    ++index->size;
+    if (compareNames(upper->items()[0].name.view(), entry.name.view()) <= 0) run = runs[++r].block;
+  }
+  int at = findEntry(run->items(), run->size, entry.name.view());
+  placeEntry(run, static_cast<uint32_t>(-at - 1), entry);
+  recount(index, changed);
 }
 
 }  // namespace
 
-void settle(ElementValue& object) {
-  const uint64_t unordered = __atomic_load_n(&ElementAccess::second(object), __ATOMIC_ACQUIRE);
-  if (!unordered) return;
-  // In place, so the block stays where readers find it.
-  auto* store = reinterpret_cast<ObjectStore*>(ElementAccess::word(object));
-  Entry* tail = store->items() + store->size - unordered;
-  std::sort(tail, tail + unordered, nameBefore);
-  placeTail(store->items(), static_cast<uint32_t>(store->size - unordered), static_cast<uint32_t>(unordered));
-  __atomic_store_n(&ElementAccess::second(object), 0, __ATOMIC_RELEASE);
+const Entry& entryInRuns(uint64_t word, uint32_t i) {
+  const RunIndex* index = runsOf(word);
+  uint32_t lo = 0, hi = index->size;  // the last run with before <= i
+  while (hi - lo > 1) {
+    uint32_t mid = (lo + hi) / 2;
+    if (index->items()[mid].before <= i) lo = mid;
+    else hi = mid;
+  }
+  const Run& run = index->items()[lo];
+  return run.block->items()[i - run.before];
 }
 
-void settleShared(const ElementValue& object) {
-  static std::mutex* lock = new std::mutex;  // never destroyed: threads may read trees during exit
-  std::lock_guard<std::mutex> guard(*lock);
-  settle(const_cast<ElementValue&>(object));
+IElementValueBase** findValue(uint64_t word, std::string_view name) {
+  ObjectStore* store = reinterpret_cast<ObjectStore*>(word);
+  if (hasRuns(word)) {
+    RunIndex* index = runsOf(word);
+    store = index->items()[runFor(index, name)].block;
+  }
+  if (!store) return nullptr;
+  int at = findEntry(store->items(), store->size, name);
+  return at >= 0 ? &store->items()[at].value : nullptr;
+}
+
+void insertEntry(uint64_t& word, std::string_view name, IElementValueBase* value) {
+  if (!hasRuns(word) && sizeOf(reinterpret_cast<void*>(word)) >= kRunMax)
+    word = runsFrom(reinterpret_cast<ObjectStore*>(word));
+  Entry entry;
+  entry.value = value;
+  if (hasRuns(word)) {
+    makeName(entry.name, name);
+    try {
+      insertIntoRuns(word, entry);
+    } catch (...) {
+      freeName(entry.name);
+      throw;
+    }
+    return;
+  }
+  // Room first, then the name: if either runs out of memory, the Object is as it was.
+  auto* store = static_cast<ObjectStore*>(growBlock(reinterpret_cast<void*>(word), sizeof(Entry), sizeOf(reinterpret_cast<void*>(word)) + 1));
+  word = reinterpret_cast<uint64_t>(store);
+  makeName(entry.name, name);
+  int at = findEntry(store->items(), store->size, name);
+  placeEntry(store, static_cast<uint32_t>(-at - 1), entry);
+}
+
+bool removeEntry(uint64_t& word, std::string_view name, IElementValueBase*& value) {
+  uint32_t r = 0;
+  ObjectStore* store = reinterpret_cast<ObjectStore*>(word);
+  if (hasRuns(word)) store = runsOf(word)->items()[r = runFor(runsOf(word), name)].block;
+  int at = store ? findEntry(store->items(), store->size, name) : -1;
+  if (at < 0) return false;
+  Entry* entries = store->items();
+  value = entries[at].value;
+  freeName(entries[at].name);
+  std::memmove(entries + at, entries + at + 1, (store->size - at - 1) * sizeof(Entry));
+  --store->size;
+  if (!hasRuns(word)) return true;
+  RunIndex* index = runsOf(word);
+  if (store->size == 0 && index->size > 1) {  // an empty run goes, unless it is the last one
+    freeBlock(store, sizeof(Entry));
+    std::memmove(index->items() + r, index->items() + r + 1, (index->size - r - 1) * sizeof(Run));
+    --index->size;
+  }
+  recount(index, r);
+  return true;
+}
+
+void freeEntries(uint64_t word) {
+  if (!hasRuns(word)) return freeEntryBlock(reinterpret_cast<ObjectStore*>(word));
+  RunIndex* index = runsOf(word);
+  for (uint32_t r = 0; r < index->size; ++r) freeEntryBlock(index->items()[r].block);
+  freeBlock(index, sizeof(Run));
 }
 
 }  // namespace zrad::json

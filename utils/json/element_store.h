@@ -9,11 +9,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string_view>
 #include <typeinfo>
 #include <utility>
 
 #include <zrad/json.h>
+
+#include "json/element_pool.h"
 
 // Field access for the tree's own readers and writers. ElementValue keeps its words protected;
 // member pointers formed through this class (never instantiated) reach them.
@@ -31,9 +34,19 @@ struct ElementAccess : ElementValue {
   // The value and second words as 16 adjacent bytes (a short String's text).
   static char* words(ElementValue& e) { return reinterpret_cast<char*>(&(e.*&ElementAccess::m_value)); }
   static const char* words(const ElementValue& e) { return reinterpret_cast<const char*>(&(e.*&ElementAccess::m_value)); }
+  static bool soleHolder(const IElementValueBase& e) {
+    return (e.*&ElementAccess::m_refCount).load(std::memory_order_acquire) == 1;
+  }
   // A fresh element with count 1 that the caller owns.
   static ElementValue* make(uint32_t type) { return ElementValue::make(type); }
 };
+
+// Inline: the readers make an element for every value they meet.
+inline ElementValue* ElementValue::make(uint32_t type) {
+  auto* e = new (zrad::json::elementBlock()) ElementValue();
+  e->m_type = type;
+  return e;
+}
 
 namespace zrad::json {
 
@@ -234,32 +247,57 @@ inline uint32_t sizeOf(const void* block) {
 
 // Releases every item and frees the block.
 void freeItems(ItemStore* store);
-// Frees every name, releases every value and frees the block.
-void freeEntries(ObjectStore* store);
 
 // Index of `name` among the first `count` entries (in name order), or -(insertion point) - 1
 // when absent.
 int findEntry(const Entry* entries, uint32_t count, std::string_view name);
-inline int findEntry(const ObjectStore* store, std::string_view name) {
-  return store ? findEntry(store->items(), store->size, name) : -1;
+
+// ---- object entries ----
+
+// An Object's entries in name order, behind its value word. Most Objects hold one sorted block
+// (what the readers and clone build). An Object of kRunMax entries or more that takes a new
+// name turns into sorted runs of at most kRunMax entries under a RunIndex, marked by the low
+// bit of the word. Either way an insert in any order moves at most kRunMax entries and the
+// index, and every edit leaves the entries in order: readers never write.
+constexpr uint32_t kRunMax = 512;
+
+struct Run {
+  ObjectStore* block;
+  uint32_t before;  // the entries of the runs before this one
+};
+using RunIndex = Block<Run>;
+
+inline bool hasRuns(uint64_t word) { return (word & 1) != 0; }
+inline RunIndex* runsOf(uint64_t word) { return reinterpret_cast<RunIndex*>(word & ~uint64_t(1)); }
+
+inline uint32_t entryCount(uint64_t word) {
+  if (!hasRuns(word)) return sizeOf(reinterpret_cast<const void*>(word));
+  const RunIndex* index = runsOf(word);
+  const Run& last = index->items()[index->size - 1];
+  return last.before + last.block->size;
 }
 
-// An Object's entries in name order. Inserting a name far from the end of a large Object would
-// move many entries, so set_property may append it instead: the element's second word counts
-// the entries at the end of the block that are not in order yet. The first reader to need the
-// order sorts them in, under a lock since readers may share a tree across threads; so readers
-// take an Object's block only through entriesOf. Edits that need the order call settle.
-void settleShared(const ElementValue& object);
-inline const ObjectStore* entriesOf(const ElementValue& object) {
-  if (__atomic_load_n(&ElementAccess::second(const_cast<ElementValue&>(object)), __ATOMIC_ACQUIRE)) settleShared(object);
-  return reinterpret_cast<const ObjectStore*>(ElementAccess::word(object));
+const Entry& entryInRuns(uint64_t word, uint32_t i);
+// The i-th entry in name order, i < entryCount(word).
+inline const Entry& entryAt(uint64_t word, uint32_t i) {
+  if (!hasRuns(word)) return reinterpret_cast<const ObjectStore*>(word)->items()[i];
+  return entryInRuns(word, i);
 }
-// The same for the one thread that may change the Object.
-void settle(ElementValue& object);
-// The block of an Array or Object (an Object's in name order).
-inline const void* blockOf(const ElementValue& container) {
-  if (kindOf(ElementAccess::type(container)) == etObject) return entriesOf(container);
-  return reinterpret_cast<const void*>(ElementAccess::word(container));
+
+// The value slot of `name`, or null when it is absent.
+IElementValueBase** findValue(uint64_t word, std::string_view name);
+// Adds the absent `name` with `value`, whose reference the Object takes over. When memory runs
+// out (ZrError thrown) the Object is as it was.
+void insertEntry(uint64_t& word, std::string_view name, IElementValueBase* value);
+// Takes `name` out; false when absent, else its value (whose reference the caller now holds).
+bool removeEntry(uint64_t& word, std::string_view name, IElementValueBase*& value);
+// Frees every name, releases every value and frees the blocks.
+void freeEntries(uint64_t word);
+
+// The members of an Array or Object.
+inline uint32_t memberCount(const ElementValue& container) {
+  uint64_t word = ElementAccess::word(container);
+  return kindOf(ElementAccess::type(container)) == etObject ? entryCount(word) : sizeOf(reinterpret_cast<const void*>(word));
 }
 
 // Views of the platform's strings.

@@ -32,9 +32,8 @@ const IElementValueBase* borrowMember(const IElementValueBase& e, int kind, std:
   using namespace zrad::json;
   if (const ElementValue* own = asElement(&e)) {
     if (kind == etObject) {
-      const ObjectStore* store = entriesOf(*own);
-      int at = findEntry(store, segment);
-      return at >= 0 ? store->items()[at].value : nullptr;
+      IElementValueBase* const* slot = findValue(ElementAccess::word(*own), segment);
+      return slot ? *slot : nullptr;
     }
     const auto* store = reinterpret_cast<const ItemStore*>(ElementAccess::word(*own));
     int index = segmentIndex(segment);

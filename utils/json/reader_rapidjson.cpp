@@ -143,7 +143,7 @@ void applyTo(ElementValue& target, ElementValue* built) {
     target.initWithType(kind);
     uint64_t& mine = ElementAccess::word(target);
     uint64_t& theirs = ElementAccess::word(*built);
-    if (sizeOf(reinterpret_cast<void*>(mine)) == 0) {
+    if (memberCount(target) == 0) {  // the empty block goes with `built`
       std::swap(mine, theirs);
     } else if (kind == etObject) {
       auto* store = reinterpret_cast<ObjectStore*>(theirs);

@@ -71,12 +71,12 @@ class TreeWalk {
       const uint32_t i = top.next++;
       const bool first = i == 0, object = top.object;
       WalkEnd end;
-      if (top.block) {
+      if (top.own) {
         if (object) {
-          const Entry& entry = static_cast<const ObjectStore*>(top.block)->items()[i];
+          const Entry& entry = entryAt(top.word, i);
           end = visit({entry.name.view(), true, first, entry.value, asElement(entry.value)}, nullptr);
         } else {
-          const IElementValueBase* item = static_cast<const ItemStore*>(top.block)->items()[i];
+          const IElementValueBase* item = reinterpret_cast<const ItemStore*>(top.word)->items()[i];
           end = visit({{}, false, first, item, asElement(item)}, nullptr);
         }
       } else {
@@ -91,18 +91,18 @@ class TreeWalk {
  private:
   struct Frame {
     const IElementValueBase* node;
-    const void* block;  // an ElementValue's block (null when empty or of another class)
+    uint64_t word;  // an ElementValue's members (its value word)
     uint32_t next, count;
+    bool own;  // an ElementValue
     bool object;
     bool held;  // a member of another class, kept alive on m_held
   };
 
   // `holder` holds a member of another class, which may die with its handle.
-  WalkEnd visit(const Member& m, ZrJsonPtr* holder) {
+  __attribute__((always_inline)) WalkEnd visit(const Member& m, ZrJsonPtr* holder) {
     const int kind = kindOf(m.type());
     if (!m.element || !isContainer(kind)) return m_visitor.leaf(m) ? WalkEnd::kDone : WalkEnd::kStopped;
-    const void* block = m.own ? blockOf(*m.own) : nullptr;
-    int count = m.own ? static_cast<int>(sizeOf(block)) : kind == etObject ? m.element->property_count() : m.element->array_count();
+    int count = m.own ? static_cast<int>(memberCount(*m.own)) : kind == etObject ? m.element->property_count() : m.element->array_count();
     if (count < 0) count = 0;
     switch (m_visitor.open(m, static_cast<uint32_t>(count))) {
       case Enter::kStop: return WalkEnd::kStopped;
@@ -112,7 +112,8 @@ class TreeWalk {
     if (!m_guard.enter(m.element, m_frames.size())) return WalkEnd::kContainsItself;
     const bool held = holder && !m.own;
     if (held) m_held.push_back(std::move(*holder));
-    m_frames.push_back({m.element, block, 0, static_cast<uint32_t>(count), kind == etObject, held});
+    const uint64_t word = m.own ? ElementAccess::word(*m.own) : 0;
+    m_frames.push_back({m.element, word, 0, static_cast<uint32_t>(count), m.own != nullptr, kind == etObject, held});
     return WalkEnd::kDone;
   }
 

@@ -7,6 +7,7 @@
 #include <zrad/remotedebug.h>
 
 #include "remotedebug/logsource.h"
+#include "remotedebug/socketio.h"
 
 
 ZR_RX_DEFINE_MEMBERS(RvRemoteDebugClient, RvRemoteDebugCommunication, L"RvRemoteDebugClient")
@@ -38,6 +39,7 @@ bool RvRemoteDebugClient::connect(const char* host, int port) {
     REMOTE_LOG("connect", "%s ,connect socket error", "connect");
     return false;
   }
+  zrad::remote::sendWithoutDelay(sock);
   setSocket(sock);
   return true;
 }

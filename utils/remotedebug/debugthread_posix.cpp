@@ -10,6 +10,7 @@
 ZR_RX_DEFINE_MEMBERS(RvDebugThread, ZrRxObject, L"RvDebugThread")
 
 bool RvDebugThread::execute(const ZrUtf8String& name) {
+  if (m_thread.joinable()) return false;  // one thread per object
   std::mutex startMutex;
   std::condition_variable started;
   bool ready = false;

@@ -115,6 +115,7 @@ int RvRemoteDebugService::server() {
 void RvRemoteDebugService::acceptOne() {
   const int sock = accept4(m_listenSocket, nullptr, nullptr, SOCK_CLOEXEC);
   if (sock < 0) return;
+  zrad::remote::sendWithoutDelay(sock);
   ZrSmartPtr<RvRemoteLinkClient> link = RvRemoteLinkClient::createObject(this, sock);
   if (!link->execute(kLinkThreadName) || link->getSocket() == 0) return;
   std::lock_guard<std::mutex> lock(m_mutex);

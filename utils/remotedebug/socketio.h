@@ -21,4 +21,9 @@ struct SocketIo {
 // The table in use; the system's calls unless a test replaced them.
 SocketIo& socketIo();
 
+// Turns off the coalescing of small segments (Nagle) on a connected TCP socket: a frame goes
+// out as a header and a payload write, and waiting for the peer's delayed acknowledgement
+// between them cost a round trip about 40 ms each way.
+void sendWithoutDelay(int sock);
+
 }  // namespace zrad::remote
