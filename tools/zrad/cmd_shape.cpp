@@ -153,6 +153,6 @@ void add(CLI::App& zrad) {
   onRun(dumpCmd, dump);
 }
 
-const Registration kRegistration(add);
+const Registration kRegistration("shape", add);
 
 }  // namespace

@@ -110,6 +110,6 @@ void add(CLI::App& zrad) {
   onRun(getCmd, get);
 }
 
-const Registration kRegistration(add);
+const Registration kRegistration("xml", add);
 
 }  // namespace
