@@ -1,10 +1,9 @@
 #!/bin/sh
 # zrad shape: every built-in slot to SVG and PNG, pixels of simple shapes read back from the
 # PNG, and failures (cases as in cli.sh: status, stdout, stderr pattern, arguments).
-# Usage: shape_cli.sh PATH/TO/zrad DIRECTORY/OF/libZrRaster.so
+# Usage: shape_cli.sh PATH/TO/zrad PATH/TO/libzradutils.so (the raster module lies beside it)
 . "$(dirname "$0")/cli.sh"
-LD_LIBRARY_PATH=$2${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
-export LD_LIBRARY_PATH
+library=$2
 
 # png FILE X,Y...: "WIDTH HEIGHT DEPTH COLOURTYPE", the count of pixels that are not fully
 # transparent and of distinct pixel values, then "R G B A" of each point. The PNG is read with
@@ -76,10 +75,12 @@ expect 0 'B 1 4278190335\nb 0\nm 2 2\nl 8 2\nl 8 8\nl 2 8\nC\nf\ne\n' '' shape d
 
 # Failures say why.
 expect 1 '' 'zrad shape render: cannot write x.jpg: the name must end in .svg or .png' shape render 0 x.jpg
-modules=$LD_LIBRARY_PATH
-LD_LIBRARY_PATH=
+# A copy of the library with no module beside it, taken first through LD_LIBRARY_PATH.
+mkdir "$dir/bare" && cp -L "$library" "$dir/bare/$(basename "$(readlink -f "$library")" | sed 's/\.so\..*/.so.1/')"
+LD_LIBRARY_PATH=$dir/bare${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
+export LD_LIBRARY_PATH
 expect 1 '' 'zrad shape render: cannot write y.png: the ZrRaster module that saves PNG cannot be loaded' shape render 0 y.png
-LD_LIBRARY_PATH=$modules
+unset LD_LIBRARY_PATH
 expect 1 '' 'zrad shape render: no built-in shape 8: slots 0 to 7 hold shapes' shape render 8 z.svg
 expect 1 '' 'zrad shape dump: cannot read none.txt: *' shape dump none.txt
 expect 1 '' 'zrad shape dump: cannot read square.png: not a shape1.0 text' shape dump square.png
