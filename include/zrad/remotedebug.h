@@ -344,6 +344,11 @@ class ZRAD_EXPORT RvRemoteDebugService : public RvRemoteDebugCommunication {
   const ZrUtf8String& bindAddress() const { return m_bindAddress; }
   // Link clients whose thread still runs.
   int linkCount() const;
+  // Told on a connection's own thread when the service starts serving it and when it ends,
+  // with the peer as "a.b.c.d:port"; they may run on several threads at once. Both do nothing
+  // unless a subclass overrides them (a host that logs connections).
+  virtual void connectionOpened(const ZrUtf8String& peer) { (void)peer; }
+  virtual void connectionClosed(const ZrUtf8String& peer) { (void)peer; }
 
   // Sets the protections that connections accepted from now on get; set them before
   // execute(). False (nothing changed) when the verifier is neither "" nor 32 hexadecimal

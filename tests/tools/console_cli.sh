@@ -42,7 +42,7 @@ check "downloaded file intact" cmp -s "$dir/cli/up.bin" "$dir/cli/up-副本.bin"
 check "FIND answered" grep -qx 'up.bin;' "$dir/out"
 check "R removed the directory" sh -c "grep -qx '删除成功！' '$dir/out' && test ! -e '$dir/srv/sub'"
 check "LS -l has long lines" grep -q '^up.bin  *||  *300001 Byte  ||' "$dir/out"
-check "serve logged the connection" grep -q 'connection opened' "$dir/serve.log"
+check "serve logged the connection" grep -q 'connection from 127\.0\.0\.1:[0-9]* opened' "$dir/serve.log"
 check "serve logged the commands" grep -q 'command UP' "$dir/serve.log"
 
 echo HELP | console "127.0.0.1:$port" > "$dir/out"

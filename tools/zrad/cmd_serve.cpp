@@ -6,6 +6,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -19,8 +20,6 @@
 using namespace zradtool;
 
 namespace {
-
-constexpr long kWatchIntervalNs = 50 * 1000 * 1000;
 
 unsigned port = 6666;
 std::string address = "127.0.0.1";
@@ -54,23 +53,23 @@ class LoggedService : public RvRemoteDebugService {
     if (static_cast<int>(reqId) == CNetCommand::iReqId) return ZrRxObjectImpl<LoggedCommand>::createObject();
     return RvRemoteDebugService::createMonitor(reqId);
   }
+  void connectionOpened(const ZrUtf8String& peer) override {
+    std::fprintf(stderr, "zrad serve: connection from %s opened (%d open)\n", peer.c_str(), ++m_open);
+  }
+  void connectionClosed(const ZrUtf8String& peer) override {
+    std::fprintf(stderr, "zrad serve: connection from %s closed (%d open)\n", peer.c_str(), --m_open);
+  }
+
+ private:
+  std::atomic<int> m_open{0};
 };
 
-// Waits for SIGINT or SIGTERM (blocked in every thread), logging the connections as their
-// number changes.
-void serveUntilSignalled(const RvRemoteDebugService& service, const sigset_t& stopSignals) {
-  const timespec interval{0, kWatchIntervalNs};
-  int links = 0;
-  for (;;) {
-    const int signal = sigtimedwait(&stopSignals, nullptr, &interval);
-    for (int now = service.linkCount(); links != now; links += now > links ? 1 : -1)
-      std::fprintf(stderr, "zrad serve: connection %s (%d open)\n",
-                   now > links ? "opened" : "closed", now > links ? links + 1 : links - 1);
-    if (signal > 0) {
-      std::fprintf(stderr, "zrad serve: %s, stopping\n", strsignal(signal));
-      return;
-    }
+// Waits for SIGINT or SIGTERM, blocked in every thread.
+void waitForStopSignal(const sigset_t& stopSignals) {
+  int signal = 0;
+  while (sigwait(&stopSignals, &signal) != 0) {
   }
+  std::fprintf(stderr, "zrad serve: %s, stopping\n", strsignal(signal));
 }
 
 // The opt-in protections the options ask for; false with the cause in `error`.
@@ -117,7 +116,7 @@ int run() {
                  passFile.empty() ? "" : " that knows the pass phrase",
                  rootDir.empty() ? "this user's files (the service has no authentication)"
                                  : "the files beneath the root");
-  serveUntilSignalled(*service, stopSignals);
+  waitForStopSignal(stopSignals);
   service->Disconect();
   std::fprintf(stderr, "zrad serve: stopped\n");
   return kOk;

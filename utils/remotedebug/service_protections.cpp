@@ -1,5 +1,8 @@
 // The service's opt-in protections: checking and storing them, and the socket thread of a link
 // client running under them.
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 
 #include <cctype>
@@ -39,9 +42,29 @@ ZrUtf8String RvRemoteDebugService::passVerifierOf(const ZrUtf8String& phrase) {
                              static_cast<unsigned>(text.size()), false));
 }
 
+namespace {
+
+// "a.b.c.d:port" of the peer on `sock`; "?" when the socket cannot tell.
+ZrUtf8String peerOf(int sock) {
+  sockaddr_in address{};
+  socklen_t size = sizeof address;
+  char text[INET_ADDRSTRLEN] = "?";
+  if (getpeername(sock, reinterpret_cast<sockaddr*>(&address), &size) != 0 ||
+      !inet_ntop(AF_INET, &address.sin_addr, text, sizeof text))
+    return ZrUtf8String("?");
+  return ZrUtf8String::format("%s:%u", text, unsigned{ntohs(address.sin_port)});
+}
+
+}  // namespace
+
 void RvRemoteLinkClient::Run() {
   if (getSocket() == 0 || !m_owner) return;
-  zrad::remote::ConnectionGuard guard(m_owner->protections());
-  zrad::remote::ScopedConnectionGuard active(guard);
-  socketThread();
+  const ZrUtf8String peer = peerOf(getSocket());
+  m_owner->connectionOpened(peer);
+  {
+    zrad::remote::ConnectionGuard guard(m_owner->protections());
+    zrad::remote::ScopedConnectionGuard active(guard);
+    socketThread();
+  }
+  m_owner->connectionClosed(peer);
 }
