@@ -45,7 +45,7 @@ int run() {
   if (!passFile.empty() && !readPassPhrase(passFile, phrase, error)) return fail(error);
   AnswerPrinter answers(printAnswer, phrase);
   Session session;
-  if (!(local ? session.connectLocal(&answers, error) : session.connect(address, &answers, error)))
+  if (!(local ? session.connectLocal(&answers, error) : session.connect(address, &answers, error, phrase)))
     return fail(error);
   if (terminal) return runInteractive(session, local ? "local" : address);
   return runLineMode(session, answers, timeoutSeconds * 1000);

@@ -5,16 +5,31 @@
 
 namespace zradtool {
 
+namespace {
+// A failed check answers after a delay of one second.
+constexpr int kLoginTimeoutMs = 10000;
+}  // namespace
+
 Session::~Session() {
   if (m_client) m_client->Disconect();
   if (m_service) m_service->Disconect();
 }
 
 bool Session::connect(const std::string& address, NetCommandClientCallBack* answers,
-                      std::string& error) {
+                      std::string& error, const std::string& passPhrase) {
   m_client = CNetCommand::cmdConnect(ZrString(ZrUtf8String(address.c_str())), ZrString(), answers);
-  if (!m_client) error = "cannot connect to " + address;
-  return !m_client.isNull();
+  if (!m_client) {
+    error = "cannot connect to " + address;
+    return false;
+  }
+  if (passPhrase.empty()) return true;
+  // The login's CHECKPASS is queued without being awaited, and the queue opens the newest
+  // conversation first, so a command sent now could overtake it: check the phrase once more and
+  // wait for that.
+  ZrSmartPtr<INetCom> login = send({"CHECKPASS", passPhrase, ""}, nullptr);
+  if (login && login->waitEnded(kLoginTimeoutMs)) return true;
+  error = "no answer to the pass phrase from " + address;
+  return false;
 }
 
 bool Session::connectLocal(NetCommandClientCallBack* answers, std::string& error) {

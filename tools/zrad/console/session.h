@@ -17,9 +17,11 @@ class Session {
   // Disconnects the client, then stops a local service: every thread is joined.
   ~Session();
 
-  // Connects to "HOST[:PORT]" (dotted IPv4; port 6666 when none is given) and logs in.
-  // false, with `error`, when nothing answers there.
-  bool connect(const std::string& address, NetCommandClientCallBack* answers, std::string& error);
+  // Connects to "HOST[:PORT]" (dotted IPv4; port 6666 when none is given) and logs in; with a
+  // pass phrase (the one `answers` gives), returns once the service has checked it. false, with
+  // `error`, when nothing answers there or the check does not end in time.
+  bool connect(const std::string& address, NetCommandClientCallBack* answers, std::string& error,
+               const std::string& passPhrase = {});
   // Starts a service on 127.0.0.1 on a free port inside this process and connects to it.
   bool connectLocal(NetCommandClientCallBack* answers, std::string& error);
 
