@@ -14,7 +14,8 @@ chmod 755 "$dir"
 chmod 000 locked
 as_user=
 [ "$(id -u)" -ne 0 ] || as_user="setpriv --reuid=65534 --regid=65534 --clear-groups"
-if [ -z "$as_user" ] || $as_user true 2> /dev/null; then
+# Skipped where nobody cannot run the tool (a build tree inside a private directory).
+if [ -z "$as_user" ] || $as_user "$zrad" --version > /dev/null 2>&1; then
   out=$($as_user "$zrad" glob --recursive --sort . '*.dwg' 2> .err)
   status=$?
   check "glob lists what it can read" test "$out" = "$(printf 'a.dwg\nb.dwg\ns/b.dwg')"
