@@ -231,9 +231,8 @@ int RvRemoteDebugCommunication::recvData(int sock, ZrSmartPtr<RvNetPackage>& pkg
     int fd = createTempFile(path);
     if (fd < 0) return -1;
     received.paths.push_back(path);
-    ok = receiveBlocks(sock, static_cast<uint64_t>(size), block, timeoutMs, [fd](const char* data, int n) {
-      return writeAll(fd, data, static_cast<size_t>(n));
-    });
+    auto toFile = [fd](const char* data, int n) { return writeAll(fd, data, static_cast<size_t>(n)); };
+    ok = receiveBlocks(sock, static_cast<uint64_t>(size), block, timeoutMs, toFile);
     if (close(fd) != 0 || !ok) return -1;
   }
 
