@@ -27,6 +27,9 @@
 //   about 100 MiB until its connection ends.
 // - recvData removes the temporary files it already stored when it fails part-way; temporary
 //   files are created exclusively, so concurrent receives never share one.
+// - A received file that cannot be written (a full disk) is still read off the wire and then
+//   left out of the package, so the connection stays in step and UP answers its failure instead
+//   of storing a truncated file.
 // - The socket thread sleeps in poll() on its socket and on a wake-up descriptor written by
 //   communicate() and Disconect(), instead of polling every 300 us. Incoming messages are still
 //   served before a queued conversation is opened, and the queue is still last-in first-out.

@@ -231,9 +231,20 @@ int RvRemoteDebugCommunication::recvData(int sock, ZrSmartPtr<RvNetPackage>& pkg
     int fd = createTempFile(path);
     if (fd < 0) return -1;
     received.paths.push_back(path);
-    auto toFile = [fd](const char* data, int n) { return writeAll(fd, data, static_cast<size_t>(n)); };
+    // A file that cannot be written (a full disk) is still read off the wire, and the package
+    // goes without it: the stream stays in step and the handler answers the failure.
+    bool stored = true;
+    auto toFile = [fd, &stored](const char* data, int n) {
+      stored = stored && writeAll(fd, data, static_cast<size_t>(n));
+      return true;
+    };
     ok = receiveBlocks(sock, static_cast<uint64_t>(size), block, timeoutMs, toFile);
-    if (close(fd) != 0 || !ok) return -1;
+    if (close(fd) != 0) stored = false;
+    if (!ok) return -1;
+    if (!stored) {
+      unlink(path.c_str());
+      received.paths.pop_back();
+    }
   }
 
   pkg = RvNetPackage::createObject(payload);
