@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -40,13 +39,11 @@ TEST(XmlFiler, LoadRefusesAndSaysWhy) {
   writeFile(dir / "empty.xml", "");
   writeFile(dir / "broken.xml", "<a>\n<b>\n</a>\n");
   ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0600), 0);
-  std::filesystem::create_directory_symlink(dir.path(), dir / "dirlink");
   struct Row { std::string path; const char* error; int line; };
   const Row rows[] = {
       {"", "no such file", 0},
       {dir / "missing.xml", "no such file", 0},
       {dir.path(), "not a regular file", 0},
-      {dir / "dirlink", "not a regular file", 0},
       {dir / "fifo", "not a regular file", 0},  // refused without waiting for a writer
       {dir / "empty.xml", "XML_ERROR_EMPTY_DOCUMENT", 0},
       {dir / "broken.xml", "XML_ERROR_MISMATCHED_ELEMENT", 2},  // where <b> was left open
