@@ -9,7 +9,9 @@ constexpr size_t kBlockSize = 16 * 1024;
 constexpr size_t kHeader = sizeof(NodeArena*);
 static_assert(kHeader % NodeArena::kAlign == 0, "slots after the header stay aligned");
 
-size_t roundUp(size_t size) { return (size + NodeArena::kAlign - 1) / NodeArena::kAlign * NodeArena::kAlign; }
+size_t roundUp(size_t size) {
+  return (size + NodeArena::kAlign - 1) / NodeArena::kAlign * NodeArena::kAlign;
+}
 
 }  // namespace
 
@@ -28,7 +30,8 @@ void* NodeArena::allocate(size_t size) {
 }
 
 NodeArena& NodeArena::owner(const void* storage) {
-  return **reinterpret_cast<NodeArena* const*>(static_cast<const unsigned char*>(storage) - kHeader);
+  const unsigned char* slot = static_cast<const unsigned char*>(storage) - kHeader;
+  return **reinterpret_cast<NodeArena* const*>(slot);
 }
 
 void NodeArena::deallocate(void* storage) { owner(storage).release(); }

@@ -2,8 +2,9 @@
 //
 // A filer keeps every node it makes in its caches until it is released, so nodes are never
 // freed one by one while it lives; cutting them from blocks saves a heap allocation and a free
-// per node (a twentieth of the benchmark's load and walk). Each slot holds a count on its arena, as does the filer, so nodes a caller still
-// holds after the filer's release keep their storage until the last of them is gone.
+// per node (a twentieth of the benchmark's load and walk). Each slot holds a count on its
+// arena, as does the filer, so nodes a caller still holds after the filer's release keep their
+// storage until the last of them is gone.
 #pragma once
 
 #include <atomic>
