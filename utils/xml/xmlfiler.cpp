@@ -13,7 +13,6 @@
 
 #include <tinyxml2.h>
 
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -31,24 +30,18 @@ namespace {
 // The opaque element handle of the exported header is the parser's element.
 XMLElement* toXml(ZrsiXmlElement* element) { return reinterpret_cast<XMLElement*>(element); }
 
-// The parser compares C strings: a name holding a 0 byte would match its own prefix.
-bool holdsNul(const ZrUtf8String& text) {
-  return std::strlen(text.c_str()) != static_cast<size_t>(text.length());
-}
+char foldAscii(char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; }
 
-// Whether the parser's name `tag` is `name`, byte for byte; a `name` holding a 0 byte is no
-// name at all.
-bool sameName(const char* tag, const ZrUtf8String& name) {
+// Whether the parser's name `tag` is `name`, byte for byte or ignoring ASCII case. Names from
+// the parser end at their first 0 byte, so a `name` holding one matches none.
+bool sameName(const char* tag, const ZrUtf8String& name, bool ignoreCase) {
   const char* key = name.c_str();
   const size_t length = size_t(name.length());
-  for (size_t i = 0; i < length; ++i)
-    if (tag[i] != key[i] || tag[i] == '\0') return false;
+  for (size_t i = 0; i < length; ++i) {
+    if (tag[i] == '\0') return false;
+    if (tag[i] != key[i] && !(ignoreCase && foldAscii(tag[i]) == foldAscii(key[i]))) return false;
+  }
   return tag[length] == '\0';
-}
-
-bool sameNameIgnoringCase(const XMLElement* element, const ZrUtf8String& name) {
-  const char* tag = element->Name();
-  return tag && Zr_stricmpA(tag, name.c_str()) == 0;
 }
 
 }  // namespace
@@ -90,7 +83,7 @@ class ZrsiXmlNodeImpl : public ZrsiPwUtXmlNode {
     // Names compared here rather than by the parser's Attribute(), whose strncmp per attribute
     // cost a tenth of the benchmark's load and walk.
     for (const tinyxml2::XMLAttribute* a = m_element->FirstAttribute(); a; a = a->Next()) {
-      if (sameName(a->Name(), name)) {
+      if (sameName(a->Name(), name, false)) {
         value.str().assign(a->Value());
         return true;
       }
@@ -126,11 +119,11 @@ class ZrsiXmlNodeImpl : public ZrsiPwUtXmlNode {
   }
 
   ZrSmartPtr<ZrsiPwUtXmlNode> child(const ZrUtf8String& name) override {
-    if (name.isEmpty() || holdsNul(name)) return nullptr;
+    if (name.isEmpty()) return nullptr;
     for (const ZrSmartPtr<ZrsiXmlNodeImpl>& cached : m_cache)
-      if (cached->m_element && sameNameIgnoringCase(cached->m_element, name)) return cached;
+      if (cached->m_element && sameName(cached->m_element->Name(), name, true)) return cached;
     for (XMLElement* e = firstChild(); e; e = e->NextSiblingElement())
-      if (sameNameIgnoringCase(e, name)) return adopt(e);
+      if (sameName(e->Name(), name, true)) return adopt(e);
     return nullptr;
   }
 
