@@ -160,13 +160,17 @@ TEST(XmlFiler, AttributesAndRefusedSetters) {
 }
 
 // Nodes hold their parents; releasing the filer detaches the nodes still held, which then answer
-// as empty nodes. LeakSanitizer catches a parent/child cycle left behind, AddressSanitizer a
-// node whose storage went with the filer.
+// as empty nodes. LeakSanitizer catches a parent/child cycle or storage left behind,
+// AddressSanitizer a node whose storage went with the filer (the 300 siblings take the nodes
+// held over more than one block of storage).
 TEST(XmlFiler, NodesKeepParentsAliveFilerDetaches) {
   TestDir dir;
   XmlNodePtr grandchild;
   {
-    LoadedXml doc = loadXml(dir, "<a x='1'><b><c>t<d/></c></b></a>");
+    std::string siblings;
+    for (int i = 0; i < 300; ++i) siblings += "<e/>";
+    LoadedXml doc = loadXml(dir, "<a x='1'><b>" + siblings + "<c>t<d/></c></b></a>");
+    for (unsigned i = 0; i < 300; ++i) doc.root->child(0)->child(i);
     grandchild = doc.root->child(0)->child(ZrUtf8String("c"));
     doc.root.reset();
     EXPECT_EQ(nameOf(grandchild->parent()->parent()), "a");

@@ -4,7 +4,7 @@
 // parent and the children it handed out (its cache). Those two links form cycles, so the
 // filer's destructor detaches the whole node tree: caches are emptied and elements forgotten,
 // after which nodes still held elsewhere are plain empty nodes freed with their last reference.
-// Nodes are stored in the filer's arena (nodearena.h), which outlives the last of them.
+// Nodes are stored in blocks of the filer's arena (nodearena.h); a block outlives its nodes.
 // The parser refuses documents nested more than 98 elements deep (its depth count, capped at
 // TINYXML2_MAX_ELEMENT_DEPTH = 100, includes the document itself), which bounds every recursion
 // here, the detaching included.
@@ -149,7 +149,8 @@ class ZrsiXmlNodeImpl : public ZrsiPwUtXmlNode {
   XMLElement* firstChild() const { return m_element ? m_element->FirstChildElement() : nullptr; }
 
   ZrSmartPtr<ZrsiPwUtXmlNode> adopt(XMLElement* element) {
-    // Every node is made by make(), so the most derived object starts at the arena's slot.
+    // Every node is made by make(), so the most derived object starts at an arena's slot; only
+    // attached nodes adopt, while their filer and so its arena live.
     NodeArena& arena = NodeArena::owner(static_cast<ZrRxObjectImpl<ZrsiXmlNodeImpl>*>(this));
     m_cache.push_back(make(arena, element, this, m_filer));
     return m_cache.back();
@@ -171,7 +172,6 @@ class ZrsiXmlFilerImpl : public ZrsiPwUtXmlFiler {
 
   ~ZrsiXmlFilerImpl() override {
     if (m_root) m_root->detach();
-    m_arena->release();
   }
 
   bool load(const ZrUtf8String& path) override {
@@ -187,7 +187,7 @@ class ZrsiXmlFilerImpl : public ZrsiPwUtXmlFiler {
     if (!m_root) {
       XMLElement* first = m_document.FirstChildElement();
       if (!first) return nullptr;
-      m_root = ZrsiXmlNodeImpl::make(*m_arena, first, nullptr, this);
+      m_root = ZrsiXmlNodeImpl::make(m_arena, first, nullptr, this);
     }
     return m_root;
   }
@@ -223,7 +223,7 @@ class ZrsiXmlFilerImpl : public ZrsiPwUtXmlFiler {
   }
 
   tinyxml2::XMLDocument m_document;  // entities processed, white space preserved
-  NodeArena* m_arena = NodeArena::create();  // where the nodes live; one count is the filer's
+  NodeArena m_arena;  // where the nodes live
   ZrSmartPtr<ZrsiXmlNodeImpl> m_root;
   std::string m_error;  // why the last load failed, and the parser's line for a parse error
   int m_errorLine = 0;
