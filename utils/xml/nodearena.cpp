@@ -3,6 +3,7 @@
 #include "xml/nodearena.h"
 
 #include <atomic>
+#include <cstring>
 #include <new>
 
 namespace zrad::xml {
@@ -27,7 +28,7 @@ struct NodeArena::Block {
 namespace {
 
 constexpr size_t kBlockSize = 16 * 1024;
-constexpr size_t kHeader = sizeof(void*);
+constexpr size_t kHeader = sizeof(void*);  // the slot's block
 static_assert(kHeader % NodeArena::kAlign == 0, "slots after the header stay aligned");
 
 size_t roundUp(size_t size) {
@@ -51,14 +52,16 @@ void* NodeArena::allocate(size_t size) {
   Block* block = m_blocks.back();
   unsigned char* start = block->slots() + m_used;
   m_used += slot;
-  *reinterpret_cast<Block**>(start) = block;
+  static_assert(sizeof block == kHeader, "the header holds the block");
+  std::memcpy(start, &block, sizeof block);
   block->counts.fetch_add(1, std::memory_order_relaxed);
   return start + kHeader;
 }
 
 NodeArena::Block* NodeArena::blockOf(const void* storage) {
-  const unsigned char* slot = static_cast<const unsigned char*>(storage) - kHeader;
-  return *reinterpret_cast<Block* const*>(slot);
+  Block* block;
+  std::memcpy(&block, static_cast<const unsigned char*>(storage) - kHeader, sizeof block);
+  return block;
 }
 
 NodeArena& NodeArena::owner(const void* storage) { return *blockOf(storage)->arena; }
