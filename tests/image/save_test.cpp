@@ -108,10 +108,7 @@ TEST(ImageSave, ModuleSearchOrderAndHiddenModule) {
   EXPECT_FALSE(exists(dir / "b.png") || exists(dir / "c.png"));
   EXPECT_FALSE(zrLoadModule("../ZrRaster", nullptr).isLoaded());
   EXPECT_FALSE(zrLoadModule("", nullptr).isLoaded());
-  if (saved)
-    setenv("LD_LIBRARY_PATH", savedPath.c_str(), 1);
-  else
-    unsetenv("LD_LIBRARY_PATH");
+  saved ? setenv("LD_LIBRARY_PATH", savedPath.c_str(), 1) : unsetenv("LD_LIBRARY_PATH");
 }
 
 class ImageSaveFiles : public ::testing::Test {
@@ -126,11 +123,9 @@ class ImageSaveFiles : public ::testing::Test {
 
 TEST_F(ImageSaveFiles, PngAtEveryDepthReadsBack) {
   ZrGiRasterImage::tagPixelFormatInfo noAlpha{16, 8, 8, 8, 0, 8, 0, 0, 0};
-  struct Row {
-    int depth;
-    ZrGiRasterImage::tagPixelFormatInfo* format;
-    std::string header;  // width height bit-depth colour-type palette-entries
-  } table[] = {
+  // The oracle's header: width height bit-depth colour-type palette-entries.
+  struct Row { int depth; ZrGiRasterImage::tagPixelFormatInfo* format; std::string header; };
+  const Row table[] = {
       {1, nullptr, "5 3 1 3 2"},   {2, nullptr, "5 3 2 3 4"},   {4, nullptr, "5 3 4 3 16"},
       {8, nullptr, "5 3 8 3 256"}, {16, nullptr, "5 3 8 2 0"},  {24, nullptr, "5 3 8 2 0"},
       {32, nullptr, "5 3 8 6 0"},  {32, &noAlpha, "5 3 8 2 0"},
@@ -140,9 +135,7 @@ TEST_F(ImageSaveFiles, PngAtEveryDepthReadsBack) {
     const Row& row = table[i];
     Picture picture(5, 3, row.depth, row.format);
     const std::string path = dir / ("d" + std::to_string(i) + ".png");
-    ASSERT_EQ(zrutSaveImage(picture.image, ZrString(path.c_str()), kZrImageFilePng), 1)
-        << "row " << i;
-
+    ASSERT_EQ(zrutSaveImage(picture.image, ZrString(path.c_str()), kZrImageFilePng), 1) << i;
     std::vector<uint32_t> rgba = readPng(path);
     ASSERT_EQ(rgba.size(), 15u) << "row " << i;
     for (int y = 0; y < 3; ++y)
@@ -172,10 +165,9 @@ TEST_F(ImageSaveFiles, BmpDepthsAndLayout) {
   ASSERT_EQ(bytes.size(), 54u + 3 * 24);
   for (int y = 0; y < 3; ++y)
     for (int x = 0; x < 7; ++x) {
-      const size_t at = 54 + size_t(2 - y) * 24 + size_t(x) * 3;
-      const uint32_t v = uint8_t(bytes[at]) | uint8_t(bytes[at + 1]) << 8 |
-                         uint32_t(uint8_t(bytes[at + 2])) << 16;
-      EXPECT_EQ(v, picture.word(x, y)) << "pixel " << x << "," << y;
+      const unsigned char* at = reinterpret_cast<const unsigned char*>(bytes.data()) + 54 +
+                                (2 - y) * 24 + x * 3;
+      EXPECT_EQ(at[0] | at[1] << 8 | at[2] << 16, int(picture.word(x, y))) << x << "," << y;
     }
 }
 
@@ -183,11 +175,7 @@ TEST_F(ImageSaveFiles, RefusalsLeaveFilesAlone) {
   Picture rgb(3, 3, 24), threeBits(3, 3, 3), twoBits(3, 3, 2);
   const std::string existing = dir / "keep.png";
   writeFile(existing, "precious");
-  struct Row {
-    ZrSmartPtr<ZrGiRasterImage> image;
-    std::string path;
-    int format;
-  } table[] = {
+  struct Row { ZrSmartPtr<ZrGiRasterImage> image; std::string path; int format; } table[] = {
       {threeBits.image, existing, kZrImageFilePng},  // no PNG form for 3 bits
       {twoBits.image, existing, kZrImageFileBmp},    // nor a BMP one for 2
       {rgb.image, existing, 7},                      // unknown format number

@@ -1,24 +1,49 @@
-// The XML filer's rules: what load refuses, texts, child counting, lookups by index and name in
-// first-request order, attributes, the refused setters, and who keeps whom alive.
+// The XML filer's rules: what load refuses and why, texts, child counting, lookups by index and
+// name in first-request order, attributes, the refused setters, who keeps whom alive; and
+// hostile files (the fuzz replay walks its seeds and kept inputs in full besides).
+#include <sys/stat.h>
+
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "xml/xml_support.h"
+#include <zrad/xml.h>
+
+#include "common/small_stack.h"
+#include "common/testdir.h"
 
 namespace {
 
+using namespace std::string_literals;
+using XmlNodePtr = ZrSmartPtr<ZrsiPwUtXmlNode>;
+
+struct LoadedXml {
+  ZrSmartPtr<ZrsiPwUtXmlFiler> filer;  // keeps the document (and so `root`) alive
+  bool ok;                             // what load() returned
+  XmlNodePtr root;
+};
+
+// A new filer's load() of `xml` written to dir/doc.xml, and its root node.
+LoadedXml loadXml(const TestDir& dir, const std::string& xml) {
+  writeFile(dir / "doc.xml", xml);
+  auto filer = createPwutXmlFiler();
+  const bool ok = filer->load(ZrUtf8String(dir / "doc.xml"));
+  return {filer, ok, filer->rootNode()};
+}
+
+std::string nameOf(const XmlNodePtr& node) { return node ? node->name().str() : "<null>"; }
+
 TEST(XmlFiler, LoadRefusesAndSaysWhy) {
   TestDir dir;
-  writeFile(dir / "empty.xml", "");
   writeFile(dir / "broken.xml", "<a>\n<b>\n</a>\n");
+  ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0600), 0);
   struct Row { std::string path; const char* error; int line; };
   const Row rows[] = {
       {"", "no such file", 0},
       {dir / "missing.xml", "no such file", 0},
       {dir.path(), "not a regular file", 0},
-      {dir / "empty.xml", "XML_ERROR_EMPTY_DOCUMENT", 0},
+      {dir / "fifo", "not a regular file", 0},  // refused without waiting for a writer
       {dir / "broken.xml", "XML_ERROR_MISMATCHED_ELEMENT", 2},  // where <b> was left open
   };
   for (size_t i = 0; i < std::size(rows); ++i) {
@@ -32,75 +57,74 @@ TEST(XmlFiler, LoadRefusesAndSaysWhy) {
 }
 
 TEST(XmlFiler, FilerMadeOnceRootKept) {
-  auto filer = createPwutXmlFiler();
-  EXPECT_EQ(filer->numRefs(), 1);
-  EXPECT_TRUE(filer->isKindOf(ZrsiPwUtXmlFiler::desc()));
-  EXPECT_FALSE(filer->rootNode());  // empty until a load succeeds
-
   TestDir dir;
   LoadedXml doc = loadXml(dir, "<?xml version=\"1.0\"?><!-- c --><a/><b/>");
   ASSERT_TRUE(doc.ok);
+  EXPECT_EQ(doc.filer->numRefs(), 1);
   EXPECT_EQ(nameOf(doc.root), "a");
   EXPECT_EQ(doc.filer->rootNode().get(), doc.root.get());
   EXPECT_FALSE(doc.root->parent());
-
   // Once nodes are out, a second load is refused and the first document stays.
   writeFile(dir / "other.xml", "<z/>");
   EXPECT_FALSE(doc.filer->load(ZrUtf8String(dir / "other.xml")));
   EXPECT_EQ(nameOf(doc.filer->rootNode()), "a");
   // Before that, a filer takes the latest file, and a failed load empties it.
-  auto fresh = createPwutXmlFiler();
-  EXPECT_TRUE(fresh->load(ZrUtf8String(dir / "doc.xml")));
-  EXPECT_TRUE(fresh->load(ZrUtf8String(dir / "other.xml")));
-  EXPECT_FALSE(fresh->load(ZrUtf8String(dir / "missing.xml")));
-  EXPECT_FALSE(fresh->rootNode());
+  auto filer = createPwutXmlFiler();
+  EXPECT_TRUE(filer->load(ZrUtf8String(dir / "doc.xml")));
+  EXPECT_TRUE(filer->load(ZrUtf8String(dir / "other.xml")));
+  EXPECT_FALSE(filer->load(ZrUtf8String(dir / "missing.xml")));
+  EXPECT_FALSE(filer->rootNode());
 }
 
-TEST(XmlFiler, TextIsTheFirstChildsText) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"<a><b/>text<c/></a>", ""},        {"<a>hi<b/>more</a>", "hi"},
-      {"<a><![CDATA[x<y]]></a>", "x<y"},  {"<a><!--c-->t</a>", ""},
-      {"<a>&lt;&amp;&#x41;&#66;</a>", "<&AB"}, {"<a/>", ""},
-      {"<a>\xE4\xB8\xAD</a>", "\xE4\xB8\xAD"},
+// Any bytes give the parser's verdict (its error name, "" when the file loads) and a root whose
+// text is its first child's when that is text, with entities never expanded beyond the file.
+TEST(XmlFiler, DocumentsLoadOrSayWhyAndGiveTheFirstText) {
+  const std::string laughs =
+      "<!DOCTYPE l [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\">"
+      "<!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;\">]><l>&c;&c;&c;&c;&c;&c;</l>";
+  struct Row { std::string xml; const char* error; const char* text; };
+  const Row rows[] = {
+      {"<a><b/>text<c/></a>", "", ""}, {"<a>hi<b/>more</a>", "", "hi"}, {"<a/>", "", ""},
+      {"<a><![CDATA[x<y]]></a>", "", "x<y"}, {"<a>&lt;&amp;&#x41;&#66;</a>", "", "<&AB"},
+      {laughs, "", "&c;&c;&c;&c;&c;&c;"},
+      {"<!DOCTYPE x [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><x>&e;</x>", "", "&e;"},
+      {"<a>&#xFFFFFFFFFF;&#0;&#xD800;&unknown;</a>", "", ""},
+      {"<\xFF\xFE a\xC0='\x80'>\xED\xA0\x80</\xFF\xFE>", "", "\xED\xA0\x80"},
+      {"", "XML_ERROR_EMPTY_DOCUMENT", ""}, {"\xEF\xBB\xBF", "XML_ERROR_EMPTY_DOCUMENT", ""},
+      {"<a b=\"", "XML_ERROR_PARSING_ATTRIBUTE", ""},
+      {"<a b='1' b='2'/>", "XML_ERROR_PARSING_ATTRIBUTE", ""},
+      {"<a>x\0y</a>"s, "XML_ERROR_PARSING_TEXT", ""},
   };
   TestDir dir;
   for (size_t i = 0; i < std::size(rows); ++i) {
-    LoadedXml doc = loadXml(dir, rows[i].first);
-    ASSERT_TRUE(doc.root) << "row " << i;
-    EXPECT_EQ(doc.root->text().str(), rows[i].second) << "row " << i;
+    LoadedXml doc = loadXml(dir, rows[i].xml);
+    int line = 0;
+    EXPECT_EQ(zrutXmlLoadError(doc.filer.get(), line).str(), rows[i].error) << "row " << i;
+    EXPECT_EQ(doc.ok, !*rows[i].error) << "row " << i;
+    EXPECT_EQ(bool(doc.root), doc.ok) << "row " << i;
+    EXPECT_EQ(doc.root ? doc.root->text().str() : "", rows[i].text) << "row " << i;
   }
 }
 
-TEST(XmlFiler, ChildrenCountAndLookup) {
-  TestDir dir;
-  LoadedXml doc = loadXml(dir, "<a><b/>text<!-- x --><c/>tail</a>");
-  ASSERT_TRUE(doc.root);
-  EXPECT_EQ(doc.root->childCount(), 2u);
-  EXPECT_EQ(nameOf(doc.root->child(1)), "c");
-  EXPECT_EQ(nameOf(doc.root->child(2)), "<null>");
-  EXPECT_EQ(nameOf(doc.root->child(ZrUtf8String("B"))), "b");
-  EXPECT_EQ(nameOf(doc.root->child(ZrUtf8String(""))), "<null>");
-  EXPECT_EQ(nameOf(doc.root->child(ZrUtf8String(std::string("b\0x", 3)))), "<null>");
-}
-
-// Children are numbered in the order they were first asked for; an index beyond the cache
-// walks the document and may make a second node for an element already handed out.
-TEST(XmlFiler, CacheOrderIsRequestOrder) {
-  struct Step { const char* byName; unsigned index; const char* expected; };
+// Children are elements only, numbered in the order they were first asked for; an index beyond
+// the cache walks the document and may make a second node for an element already handed out.
+TEST(XmlFiler, ChildrenInFirstRequestOrder) {
+  struct Step { std::string name; int index; const char* expected; };  // index -1: by name
   const std::vector<std::vector<Step>> rows = {
-      {{"c", 0, "c"}, {"B", 0, "b"}, {nullptr, 0, "c"}, {nullptr, 1, "b"}, {nullptr, 2, "d"},
-       {nullptr, 3, "e"}, {nullptr, 4, "<null>"}},
-      {{nullptr, 2, "d"}, {nullptr, 1, "c"}, {nullptr, 0, "d"}, {nullptr, 3, "e"},
-       {"D", 0, "d"}, {"b", 0, "b"}, {nullptr, 3, "b"}, {nullptr, 4, "<null>"}},
-      {{nullptr, 9, "<null>"}, {nullptr, 3, "e"}, {nullptr, 0, "e"}, {nullptr, 1, "c"}},
+      {{"c", -1, "c"}, {"B", -1, "b"}, {"", 0, "c"}, {"", 1, "b"}, {"", 2, "d"}, {"", 3, "e"},
+       {"", 4, "<null>"}, {"", -1, "<null>"}, {"b\0x"s, -1, "<null>"}},
+      {{"", 2, "d"}, {"", 1, "c"}, {"", 0, "d"}, {"", 3, "e"}, {"D", -1, "d"}, {"b", -1, "b"},
+       {"", 3, "b"}, {"", 4, "<null>"}},
+      {{"", 9, "<null>"}, {"", 3, "e"}, {"", 0, "e"}, {"", 1, "c"}},
   };
   TestDir dir;
   for (size_t r = 0; r < rows.size(); ++r) {
-    LoadedXml doc = loadXml(dir, "<a><b/><c/><d/><e/></a>");
+    LoadedXml doc = loadXml(dir, "<a><b/>text<!-- x --><c/>tail<d/><e/></a>");
+    EXPECT_EQ(doc.root->childCount(), 4u);
     for (size_t s = 0; s < rows[r].size(); ++s) {
       const Step& step = rows[r][s];
-      XmlNodePtr got = step.byName ? doc.root->child(ZrUtf8String(step.byName))
-                                   : doc.root->child(step.index);
+      XmlNodePtr got = step.index < 0 ? doc.root->child(ZrUtf8String(step.name))
+                                      : doc.root->child(unsigned(step.index));
       EXPECT_EQ(nameOf(got), step.expected) << "row " << r << " step " << s;
     }
   }
@@ -117,11 +141,9 @@ TEST(XmlFiler, CacheOrderIsRequestOrder) {
 TEST(XmlFiler, AttributesAndRefusedSetters) {
   TestDir dir;
   LoadedXml doc = loadXml(dir, "<a k=\"v\" empty=\"\" q='x'>t</a>");
-  ASSERT_TRUE(doc.root);
   ZrUtf8String value("untouched");
-  EXPECT_FALSE(doc.root->getAttribute(ZrUtf8String("K"), value));
-  EXPECT_FALSE(doc.root->getAttribute(ZrUtf8String(std::string("k\0z", 3)), value));
-  EXPECT_FALSE(doc.root->getAttribute(ZrUtf8String("missing"), value));
+  for (const std::string& absent : {"K"s, "missing"s, ""s, "k\0"s, "ke"s, "emp"s})
+    EXPECT_FALSE(doc.root->getAttribute(ZrUtf8String(absent), value)) << absent;
   EXPECT_EQ(value.str(), "untouched");
   EXPECT_TRUE(doc.root->getAttribute(ZrUtf8String("empty"), value));
   EXPECT_EQ(value.str(), "");
@@ -138,26 +160,56 @@ TEST(XmlFiler, AttributesAndRefusedSetters) {
 }
 
 // Nodes hold their parents; releasing the filer detaches the nodes still held, which then answer
-// as empty nodes. LeakSanitizer catches a parent/child cycle left behind.
+// as empty nodes. LeakSanitizer catches a parent/child cycle or storage left behind,
+// AddressSanitizer a node whose storage went with the filer (the 300 siblings take the nodes
+// held over more than one block of storage).
 TEST(XmlFiler, NodesKeepParentsAliveFilerDetaches) {
   TestDir dir;
   XmlNodePtr grandchild;
   {
-    LoadedXml doc = loadXml(dir, "<a x='1'><b><c>t<d/></c></b></a>");
+    std::string siblings;
+    for (int i = 0; i < 300; ++i) siblings += "<e/>";
+    LoadedXml doc = loadXml(dir, "<a x='1'><b>" + siblings + "<c>t<d/></c></b></a>");
+    for (unsigned i = 0; i < 300; ++i) doc.root->child(0)->child(i);
     grandchild = doc.root->child(0)->child(ZrUtf8String("c"));
     doc.root.reset();
-    XmlNodePtr parent = grandchild->parent();
-    EXPECT_EQ(nameOf(parent->parent()), "a");
+    EXPECT_EQ(nameOf(grandchild->parent()->parent()), "a");
     EXPECT_EQ(grandchild->text().str(), "t");
   }
   ZrUtf8String value("kept");
-  EXPECT_EQ(grandchild->name().str(), "");
-  EXPECT_EQ(grandchild->text().str(), "");
+  EXPECT_EQ(grandchild->name().str() + grandchild->text().str(), "");
   EXPECT_EQ(grandchild->childCount(), 0u);
   EXPECT_FALSE(grandchild->child(0u));
   EXPECT_FALSE(grandchild->parent()->parent()->getAttribute(ZrUtf8String("x"), value));
   EXPECT_EQ(value.str(), "kept");
   EXPECT_TRUE(zrutXmlAttributeNames(grandchild.get()).isEmpty());
+}
+
+std::string nested(size_t depth) {
+  std::string xml;
+  for (size_t i = 0; i < depth; ++i) xml += "<a>";
+  for (size_t i = 0; i < depth; ++i) xml += "</a>";
+  return xml;
+}
+
+size_t depth(const XmlNodePtr& node) {
+  XmlNodePtr child = node->child(0u);
+  return child ? 1 + depth(child) : 1;
+}
+
+TEST(XmlHostile, DeepNestingStopsAtTheParsersLimit) {
+  TestDir dir;
+  zradtest::onSmallStack([&] {
+    LoadedXml deep = loadXml(dir, nested(1000000));
+    EXPECT_FALSE(deep.ok);
+    int line = 0;
+    EXPECT_EQ(zrutXmlLoadError(deep.filer.get(), line).str(), "XML_ELEMENT_DEPTH_EXCEEDED");
+    // The deepest document accepted is walked to the bottom and torn down on the same stack.
+    LoadedXml limit = loadXml(dir, nested(98));
+    ASSERT_TRUE(limit.ok);
+    EXPECT_EQ(depth(limit.root), 98u);
+    EXPECT_FALSE(loadXml(dir, nested(99)).ok);
+  });
 }
 
 }  // namespace
