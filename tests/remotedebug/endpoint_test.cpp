@@ -40,11 +40,6 @@ std::string messageFrame(int32_t reqId, uint64_t sender, uint64_t receiver, int3
 
 uint64_t tagOf(const ZrSmartPtr<TestCom>& com) { return zrad::remote::tagOf(com.get()); }
 
-bool waitFor(const std::function<bool()>& done) {
-  for (int i = 0; i < 500 && !done(); ++i) usleep(10000);
-  return done();
-}
-
 }  // namespace
 
 TEST(Endpoint, OpensLastQueuedFirstAndRoutesAnswersByTag) {

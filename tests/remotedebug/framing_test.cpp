@@ -24,10 +24,6 @@ ZrSmartPtr<RvNetPackage> packageWith(const std::string& payload) {
   return RvNetPackage::createObject(stream);
 }
 
-size_t filesIn(const std::string& dir) {
-  return static_cast<size_t>(std::distance(fs::directory_iterator(dir), fs::directory_iterator()));
-}
-
 // Receives into temporary files under a fresh directory.
 struct TempDirFixture : ::testing::Test {
   TestDir dir;
@@ -98,13 +94,13 @@ TEST_F(Framing, RecvDataBuildsPackageWithOwnedFiles) {
   EXPECT_EQ(readFile(pkg->getFilePath(1).c_str()), "abc");
   EXPECT_EQ(readFile(pkg->getFilePath(2).c_str()), "");
   EXPECT_EQ(readFile(pkg->getFilePath(3).c_str()), big);
-  EXPECT_EQ(filesIn(dir.path()), 3u);
+  EXPECT_EQ(entriesIn(dir.path()), 3u);
   // The next frame starts right after the last file's bytes.
   ZrSmartPtr<RvNetPackage> next;
   ASSERT_EQ(RvRemoteDebugCommunication::recvData(pair.fd[1], next, 1000), 0);
   EXPECT_EQ(payloadOf(*next), "next");
   pkg.reset();
-  EXPECT_EQ(filesIn(dir.path()), 0u);
+  EXPECT_EQ(entriesIn(dir.path()), 0u);
 }
 
 TEST_F(Framing, HostileFramesFailWithoutLeftovers) {
@@ -127,7 +123,7 @@ TEST_F(Framing, HostileFramesFailWithoutLeftovers) {
     close(pair.release(1));  // releases a sender still blocked on a full socket
     sender.join();
     EXPECT_EQ(payloadOf(*pkg), "kept") << "row " << i;
-    EXPECT_EQ(filesIn(dir.path()), 0u) << "row " << i;
+    EXPECT_EQ(entriesIn(dir.path()), 0u) << "row " << i;
   }
 }
 

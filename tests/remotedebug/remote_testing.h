@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -124,6 +125,24 @@ inline void appendText(RvNetPackage& pkg, const std::string& text) {
 
 // Descriptors open in this process.
 int openDescriptors();
+// Entries of a directory; 0 when it is missing.
+size_t entriesIn(const std::string& dir);
+// True once `done` holds, asked every 10 ms for at most `seconds`.
+bool waitFor(const std::function<bool()>& done, int seconds = 10);
+
+// The request id of the echo conversation every test service answers.
+constexpr int kEcho = 7;
+// A started service on 127.0.0.1 (port 0: a free one) with the echo monitor and `protections`.
+ZrSmartPtr<RvRemoteDebugService> startService(const RvServiceProtections& protections = {},
+                                              unsigned port = 0);
+// A started client connected to 127.0.0.1:`port`.
+ZrSmartPtr<RvRemoteDebugClient> connectClient(unsigned port);
+// A bare TCP connection to 127.0.0.1:`port`.
+int rawConnect(unsigned port);
+// Runs one console command and waits for it: its answer texts joined by " | ", "<none>" when
+// it has none, "<failed>" when the conversation did not finish.
+std::string command(RvRemoteDebugClient& client, const char* word, const std::string& arg1 = "",
+                    const std::string& arg2 = "");
 
 // A conversation that opens with `text` (and a file), records what its answers carry and ends
 // itself after `answers` answers, writing "bye" into its last reply.
