@@ -1,5 +1,5 @@
 // File operations that cannot leave a directory: the file commands of a service with a
-// restricted root.
+// restricted root; and storing a received file under a free name, with or without a root.
 //
 // Every path is taken relative to the root, as if the root were "/": "/a/b", "a/b" and
 // "//a/b" all name root/a/b. Resolution is done by the kernel, one descriptor at a time, never
