@@ -8,6 +8,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -80,30 +81,16 @@ inline void sendAll(int fd, const std::string& bytes) {
   }
 }
 
-// Everything `fd` delivers until it has been quiet for `quietMs` (or closed).
-inline std::string receiveUntilQuiet(int fd, int quietMs = 200) {
+// What `fd` delivers until `length` bytes have come, it has been quiet for `quietMs` or closed.
+inline std::string receive(int fd, size_t length, int quietMs) {
   std::string out;
   char buffer[65536];
   pollfd ready{fd, POLLIN, 0};
-  while (poll(&ready, 1, quietMs) > 0) {
-    ssize_t n = recv(fd, buffer, sizeof buffer, 0);
+  while (out.size() < length && poll(&ready, 1, quietMs) > 0) {
+    ssize_t n = recv(fd, buffer, std::min(sizeof buffer, length - out.size()), 0);
     if (n <= 0) break;
     out.append(buffer, static_cast<size_t>(n));
   }
-  return out;
-}
-
-// Exactly `length` bytes from `fd` (fewer when it stays quiet for 5 s or closes).
-inline std::string receiveExactly(int fd, size_t length) {
-  std::string out(length, '\0');
-  size_t done = 0;
-  pollfd ready{fd, POLLIN, 0};
-  while (done < length && poll(&ready, 1, 5000) > 0) {
-    ssize_t n = recv(fd, &out[done], length - done, 0);
-    if (n <= 0) break;
-    done += static_cast<size_t>(n);
-  }
-  out.resize(done);
   return out;
 }
 
