@@ -8,7 +8,6 @@
 
 #include <zrad/json.h>
 
-#include "common/testdir.h"
 
 namespace remotetest {
 
@@ -26,7 +25,6 @@ class EchoCom : public ZradNetComImp<INetCom> {
                      ZrSmartPtr<RvNetPackage> reply) override {
     m_reqId = reqId;
     appendText(*reply, "echo:" + textAfterHeader(*received));
-    if (received->fileCount() > 0) reply->putFile(received->getFilePath(1), false);
     return true;
   }
 
@@ -56,7 +54,6 @@ ZrSmartPtr<RvRemoteDebugService> startService(const RvServiceProtections& protec
                                               unsigned port) {
   ZrSmartPtr<RvRemoteDebugService> service = RvRemoteDebugService::createObject(port);
   service->setBindAddress("127.0.0.1");
-  service->RegMonitor(kEcho, createEchoMonitor);
   EXPECT_TRUE(service->setProtections(protections));
   EXPECT_TRUE(service->execute("service"));
   EXPECT_TRUE(service->isListening());
@@ -93,13 +90,10 @@ std::string command(RvRemoteDebugClient& client, const char* word, const std::st
   return out("texts").ArrayCount() ? texts : "<none>";
 }
 
-ZrSmartPtr<TestCom> TestCom::create(int reqId, const std::string& text, int answers,
-                                    const std::string& file) {
+ZrSmartPtr<TestCom> TestCom::create(int reqId, const std::string& text) {
   ZrSmartPtr<TestCom> com = ZrRxObjectImpl<TestCom>::createObject();
   com->m_reqId = reqId;
   com->m_text = text;
-  com->m_answersWanted = answers;
-  com->m_file = file;
   return com;
 }
 
@@ -107,25 +101,17 @@ bool TestCom::OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
                             ZrSmartPtr<RvNetPackage> reply) {
   if (reqId == 0) {
     appendText(*reply, m_text);
-    if (!m_file.empty()) reply->putFile(m_file.c_str(), false);
     return true;
   }
   std::lock_guard<std::mutex> lock(m_lock);
   m_answers.push_back(textAfterHeader(*received));
-  if (received->fileCount() > 0) m_fileReceived = readFile(received->getFilePath(1).c_str());
-  const bool more = static_cast<int>(m_answers.size()) < m_answersWanted;
-  if (!more) appendText(*reply, "bye");
-  return more;
+  appendText(*reply, "bye");
+  return false;
 }
 
 std::vector<std::string> TestCom::answers() const {
   std::lock_guard<std::mutex> lock(m_lock);
   return m_answers;
-}
-
-std::string TestCom::fileReceived() const {
-  std::lock_guard<std::mutex> lock(m_lock);
-  return m_fileReceived;
 }
 
 ZrSmartPtr<INetCom> createEchoMonitor(int) { return ZrRxObjectImpl<EchoCom>::createObject(); }

@@ -117,9 +117,7 @@ size_t entriesIn(const std::string& dir);
 // True once `done` holds, asked every 10 ms for at most `seconds`.
 bool waitFor(const std::function<bool()>& done, int seconds = 10);
 
-// The request id of the echo conversation every test service answers.
-constexpr int kEcho = 7;
-// A started service on 127.0.0.1 (port 0: a free one) with the echo monitor and `protections`.
+// A started service on 127.0.0.1 (port 0: a free one) with `protections`.
 ZrSmartPtr<RvRemoteDebugService> startService(const RvServiceProtections& protections = {},
                                               unsigned port = 0);
 // A started client connected to 127.0.0.1:`port`.
@@ -131,31 +129,28 @@ int rawConnect(unsigned port);
 std::string command(RvRemoteDebugClient& client, const char* word, const std::string& arg1 = "",
                     const std::string& arg2 = "");
 
-// A conversation that opens with `text` (and a file), records what its answers carry and ends
-// itself after `answers` answers, writing "bye" into its last reply.
+// A conversation that opens with `text`, records what its answer carries and ends itself on
+// it, writing "bye" into its last reply.
 class TestCom : public ZradNetComImp<INetCom> {
  public:
-  static ZrSmartPtr<TestCom> create(int reqId, const std::string& text, int answers = 1,
-                                    const std::string& file = "");
+  static ZrSmartPtr<TestCom> create(int reqId, const std::string& text);
   int getReqId() const override { return m_reqId; }
   bool OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
                      ZrSmartPtr<RvNetPackage> reply) override;
-  // Payload text after the header of every answer, and the first file of the last one.
+  // Payload text after the header of every answer.
   std::vector<std::string> answers() const;
-  std::string fileReceived() const;
 
  protected:
   TestCom() = default;
 
  private:
   int m_reqId = 0;
-  int m_answersWanted = 1;
-  std::string m_text, m_file, m_fileReceived;
+  std::string m_text;
   std::vector<std::string> m_answers;
   mutable std::mutex m_lock;
 };
 
-// The peer side of TestCom: answers "echo:<text>" with the received file attached.
+// The peer side of TestCom: answers "echo:<text>".
 ZrSmartPtr<INetCom> createEchoMonitor(int reqId);
 
 }  // namespace remotetest

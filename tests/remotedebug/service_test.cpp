@@ -17,14 +17,6 @@ using namespace remotetest;
 
 namespace {
 
-// One echo conversation with a file: true when both the text and the file come back intact.
-bool echoes(RvRemoteDebugClient& client, const std::string& file, const std::string& text) {
-  auto com = TestCom::create(kEcho, text, 1, file);
-  return client.synCommunicate(com, 10000) && com->getStatus() == INetCom::kFinished &&
-         com->answers() == std::vector<std::string>{"echo:" + text} &&
-         com->fileReceived() == readFile(file);
-}
-
 // A payload string of ASCII text: its count, then one 16-bit unit per character.
 std::string payloadString(const std::string& text) {
   std::string out;
@@ -78,8 +70,8 @@ TEST_F(Service, BindStepsCumulativelyAndStopsCleanly) {
     auto service = startService({}, p);
     EXPECT_EQ(service->getPort(), p + 3);
     auto client = connectClient(service->getPort());
-    writeFile(dir / "up", "some bytes");
-    EXPECT_TRUE(echoes(*client, dir / "up", "hello"));
+    writeFile(dir / "up.bin", "some bytes");
+    EXPECT_EQ(command(*client, "UP", dir / "up.bin"), "上传成功！");
     EXPECT_TRUE(service->Disconect());  // also ends the link client
     EXPECT_EQ(service->threadState(), RvDebugThread::kEnded);
     EXPECT_TRUE(waitFor([&] { return client->getSocket() == 0; }));
