@@ -470,6 +470,9 @@ class ZRAD_EXPORT RvRemoteDebugClient : public RvRemoteDebugCommunication {
 // Decisions taken here where the protocol leaves room:
 // - DOWN of a missing file answers "此文件（夹）不存在！" and carries no file; so does DOWN of
 //   anything but a regular file below 2 GiB (sizes travel as 32 bits, files as streams).
+// - A received file (UP on the service, DOWN on the console) is stored under a free name that
+//   is created exclusively: two stores of one name at once get two names, and a copy that fails
+//   part-way (a full disk) removes what it wrote, so no partial file stays under any name.
 // - UP that arrives without a file, or whose copy fails, answers "上传失败！". A client whose
 //   local file is missing (or no regular file below 2 GiB) sends nothing and shows
 //   ("UP", "此文件（夹）不存在！"). A DOWN whose copy fails shows nothing.

@@ -1,11 +1,6 @@
 // The console calls against a service on 127.0.0.1 in the same process.
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -19,21 +14,9 @@
 
 #include "common/testdir.h"
 #include "remotedebug/console_address.h"
+#include "remotedebug/remote_testing.h"
 
 namespace {
-
-// A port that was free a moment ago on 127.0.0.1 (the service steps on when it is taken).
-unsigned freePort() {
-  const int sock = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  bind(sock, reinterpret_cast<sockaddr*>(&address), sizeof address);
-  getsockname(sock, reinterpret_cast<sockaddr*>(&address), &length);
-  close(sock);
-  return ntohs(address.sin_port);
-}
 
 using Shown = std::pair<std::string, std::string>;
 
@@ -69,28 +52,12 @@ class ConsoleTest : public ::testing::Test {
  protected:
   void SetUp() override {
     CNetCommand::setCurrentDir(ZrString(ZrUtf8String(dir.path())));
-    service = RvRemoteDebugService::createObject(freePort());
-    service->setBindAddress("127.0.0.1");
-    ASSERT_TRUE(service->execute("service"));
-    ASSERT_NE(service->getPort(), 0u);
+    service = remotetest::startService();
     address = ZrString(ZrUtf8String::format("127.0.0.1:%u", service->getPort()));
   }
   void TearDown() override {
     service->Disconect();
     CNetCommand::setCurrentDir(ZrString());
-  }
-
-  // Runs one command and waits for its answer; the answer's texts.
-  std::vector<std::string> run(RvRemoteDebugCommunication* client, const char* word,
-                               const std::string& arg1 = "", ZrJsonPtr* out = nullptr) {
-    ZrJsonPtr in = ZrJson::readjson("{}");
-    in->SetDataS("arg1", arg1.c_str());
-    ZrJsonPtr answer = ZrJson::readjson("{}");
-    EXPECT_TRUE(CNetCommand::sendSynCommand(client, word, 5000, in, answer)) << word;
-    if (out) *out = answer;
-    std::vector<std::string> texts;
-    for (int i = 0; i < answer("texts").ArrayCount(); ++i) texts.push_back(answer("texts")(i)->strValue().str());
-    return texts;
   }
 
   TestDir dir;
@@ -148,9 +115,7 @@ TEST_F(ConsoleTest, ConnectLogsInOrRefuses) {
   EXPECT_TRUE(CNetCommand::cmdConnect(address, L"", nullptr).isNull());
 
   // Nothing listens on a port that the service gave up; a host that is no dotted address.
-  ZrSmartPtr<RvRemoteDebugService> gone = RvRemoteDebugService::createObject(freePort());
-  gone->setBindAddress("127.0.0.1");
-  ASSERT_TRUE(gone->execute("gone"));
+  ZrSmartPtr<RvRemoteDebugService> gone = remotetest::startService();
   const unsigned gonePort = gone->getPort();
   gone->Disconect();
   RecordingConsole console;
@@ -170,26 +135,26 @@ TEST_F(ConsoleTest, ConnectLogsInOrRefuses) {
   EXPECT_TRUE(CNetCommand::sendCommand(client.get(), L"HELLO", L"", L"", &console));  // no socket
 }
 
-TEST_F(ConsoleTest, FilesTravelBothWays) {
-  ZrSmartPtr<RvRemoteDebugClient> client = RvRemoteDebugClient::createObject("127.0.0.1", static_cast<int>(service->getPort()));
-  ASSERT_TRUE(client->execute("client"));
-  ASSERT_NE(client->getSocket(), 0);
-  std::string content(300000, '\0');
-  for (size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i * 7 + i / 251);
-  writeFile(dir / "local/data.bin", content);
-
-  EXPECT_EQ(run(client.get(), "UP", dir / "local/data.bin"), std::vector<std::string>{"上传成功！"});
-  EXPECT_EQ(readFile(dir / "data.bin"), content);
-  ZrJsonPtr out;
-  EXPECT_EQ(run(client.get(), "DOWN", "data.bin", &out),
-            std::vector<std::string>{"已下载到：" + dir / "data-副本.bin"});
+// What a synchronous command leaves in its output: every answer text, and for DOWN the path
+// the file was stored under (a free name beside the original here).
+TEST_F(ConsoleTest, SynchronousAnswersAndDownloads) {
+  auto client = remotetest::connectClient(service->getPort());
+  writeFile(dir / "data.bin", "content");
+  ZrJsonPtr in = ZrJson::readjson("{\"arg1\": \"data.bin\"}"), out = ZrJson::readjson("{}");
+  ASSERT_TRUE(CNetCommand::sendSynCommand(client.get(), "DOWN", 5000, in, out));
+  EXPECT_EQ(out("texts")(0)->strValue().str(), "已下载到：" + dir / "data-副本.bin");
   EXPECT_EQ(out("path")->strValue().str(), dir / "data-副本.bin");
-  EXPECT_EQ(readFile(dir / "data-副本.bin"), content);
-  EXPECT_EQ(run(client.get(), "DOWN", "missing"), std::vector<std::string>{"此文件（夹）不存在！"});
-  EXPECT_EQ(run(client.get(), "up", dir / "missing"), std::vector<std::string>{"此文件（夹）不存在！"});
-  EXPECT_EQ(run(client.get(), "checkpass", "x"), std::vector<std::string>{"验证成功！"});
-  EXPECT_EQ(run(client.get(), "MD", "made"), std::vector<std::string>{"新建成功！"});
-  EXPECT_EQ(run(client.get(), "R", "made"), std::vector<std::string>{"删除成功！"});
+  EXPECT_EQ(readFile(dir / "data-副本.bin"), "content");
+  const struct {
+    const char *word, *arg1, *expected;
+  } rows[] = {
+      {"DOWN", "missing", "此文件（夹）不存在！"},
+      {"up", "missing", "此文件（夹）不存在！"},  // refused on this side: nothing to attach
+      {"checkpass", "x", "验证成功！"},
+      {"VER", "", "<none>"},
+  };
+  for (size_t i = 0; i < std::size(rows); ++i)
+    EXPECT_EQ(remotetest::command(*client, rows[i].word, rows[i].arg1), rows[i].expected) << "row " << i;
   client->Disconect();
   EXPECT_TRUE(CNetCommand::sendSynCommand(client.get(), "HELLO", 10, nullptr, nullptr));  // no socket: nothing sent
 }

@@ -28,9 +28,9 @@ ZrSmartPtr<TestEndpoint> startEndpoint(int sock, std::vector<ZrSmartPtr<TestCom>
 
 // One frame from the raw peer's side: header, payload and files (none expected here).
 std::string nextFrame(int fd) {
-  std::string header = receiveExactly(fd, 8);
+  std::string header = receive(fd, 8, 5000);
   if (header.size() < 8) return "";
-  return header + receiveExactly(fd, readLe(header, 0, 4));
+  return header + receive(fd, readLe(header, 0, 4), 5000);
 }
 
 std::string messageFrame(int32_t reqId, uint64_t sender, uint64_t receiver, int32_t seq,
@@ -39,11 +39,6 @@ std::string messageFrame(int32_t reqId, uint64_t sender, uint64_t receiver, int3
 }
 
 uint64_t tagOf(const ZrSmartPtr<TestCom>& com) { return zrad::remote::tagOf(com.get()); }
-
-bool waitFor(const std::function<bool()>& done) {
-  for (int i = 0; i < 500 && !done(); ++i) usleep(10000);
-  return done();
-}
 
 }  // namespace
 
@@ -68,7 +63,7 @@ TEST(Endpoint, OpensLastQueuedFirstAndRoutesAnswersByTag) {
 
   // An unknown tag without a monitor is dropped; with one it opens a conversation.
   sendAll(pair.fd[1], messageFrame(kReq, 0x77, 0x1234, 1, "nobody"));
-  EXPECT_EQ(receiveUntilQuiet(pair.fd[1], 200), "");
+  EXPECT_EQ(receive(pair.fd[1], SIZE_MAX, 200), "");
   sendAll(pair.fd[1], messageFrame(9, 0x77, 0, 0, "hi"));
   std::string answer = nextFrame(pair.fd[1]);
   ASSERT_EQ(answer.size(), 8u + 24 + 7);
@@ -100,5 +95,5 @@ TEST(Endpoint, DisconectStopsAnIdleThreadAndAbortsWhatIsOpen) {
   EXPECT_TRUE(endpoint->Disconect());
   EXPECT_EQ(endpoint->threadState(), RvDebugThread::kEnded);
   EXPECT_EQ(open->getStatus(), INetCom::kAborted);
-  EXPECT_EQ(receiveUntilQuiet(pair.fd[1], 50), "");  // closed without a word
+  EXPECT_EQ(receive(pair.fd[1], SIZE_MAX, 50), "");  // closed without a word
 }

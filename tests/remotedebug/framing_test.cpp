@@ -24,10 +24,6 @@ ZrSmartPtr<RvNetPackage> packageWith(const std::string& payload) {
   return RvNetPackage::createObject(stream);
 }
 
-size_t filesIn(const std::string& dir) {
-  return static_cast<size_t>(std::distance(fs::directory_iterator(dir), fs::directory_iterator()));
-}
-
 // Receives into temporary files under a fresh directory.
 struct TempDirFixture : ::testing::Test {
   TestDir dir;
@@ -73,7 +69,7 @@ TEST_F(Framing, SendDataWireBytes) {
     ZrSmartPtr<RvNetPackage> pkg = packageWith(rows[i].payload);
     for (const std::string& f : rows[i].files) pkg->putFile((dir / f).c_str(), false);
     EXPECT_EQ(RvRemoteDebugCommunication::sendData(pair.fd[0], pkg, 1000), 0) << "row " << i;
-    EXPECT_EQ(receiveUntilQuiet(pair.fd[1], 50), rows[i].expected) << "row " << i;
+    EXPECT_EQ(receive(pair.fd[1], SIZE_MAX, 50), rows[i].expected) << "row " << i;
   }
   // A file that vanished before sending: -1 once header and payload are out.
   SocketPair pair;
@@ -82,7 +78,7 @@ TEST_F(Framing, SendDataWireBytes) {
   pkg->putFile((dir / "gone").c_str(), false);
   fs::remove(dir / "gone");
   EXPECT_EQ(RvRemoteDebugCommunication::sendData(pair.fd[0], pkg, 1000), -1);
-  EXPECT_EQ(receiveUntilQuiet(pair.fd[1], 50), frame("p").replace(4, 1, "\x01"));
+  EXPECT_EQ(receive(pair.fd[1], SIZE_MAX, 50), frame("p").replace(4, 1, "\x01"));
 }
 
 TEST_F(Framing, RecvDataBuildsPackageWithOwnedFiles) {
@@ -98,13 +94,13 @@ TEST_F(Framing, RecvDataBuildsPackageWithOwnedFiles) {
   EXPECT_EQ(readFile(pkg->getFilePath(1).c_str()), "abc");
   EXPECT_EQ(readFile(pkg->getFilePath(2).c_str()), "");
   EXPECT_EQ(readFile(pkg->getFilePath(3).c_str()), big);
-  EXPECT_EQ(filesIn(dir.path()), 3u);
+  EXPECT_EQ(entriesIn(dir.path()), 3u);
   // The next frame starts right after the last file's bytes.
   ZrSmartPtr<RvNetPackage> next;
   ASSERT_EQ(RvRemoteDebugCommunication::recvData(pair.fd[1], next, 1000), 0);
   EXPECT_EQ(payloadOf(*next), "next");
   pkg.reset();
-  EXPECT_EQ(filesIn(dir.path()), 0u);
+  EXPECT_EQ(entriesIn(dir.path()), 0u);
 }
 
 TEST_F(Framing, HostileFramesFailWithoutLeftovers) {
@@ -127,7 +123,7 @@ TEST_F(Framing, HostileFramesFailWithoutLeftovers) {
     close(pair.release(1));  // releases a sender still blocked on a full socket
     sender.join();
     EXPECT_EQ(payloadOf(*pkg), "kept") << "row " << i;
-    EXPECT_EQ(filesIn(dir.path()), 0u) << "row " << i;
+    EXPECT_EQ(entriesIn(dir.path()), 0u) << "row " << i;
   }
 }
 

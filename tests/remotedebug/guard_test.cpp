@@ -1,8 +1,6 @@
 // A service's opt-in protections on 127.0.0.1: the pass-phrase check, escape attempts against a
 // restricted root (both resolvers), and the connection, frame, file and idle limits.
-#include <arpa/inet.h>
 #include <fcntl.h>
-#include <netinet/in.h>
 #include <sys/stat.h>
 
 #include <atomic>
@@ -28,16 +26,6 @@ const std::string kUp = [] {
   for (int i = 0; i < 24; ++i) up += "../";
   return up;
 }();
-
-int rawConnect(unsigned port) {
-  int s = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<uint16_t>(port));
-  EXPECT_EQ(connect(s, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-  return s;
-}
 
 // True when the peer closes `s` within 5 s.
 bool closedByPeer(int s) {
@@ -68,26 +56,8 @@ class Guarded : public ::testing::Test {
   std::string served() const { return dir / "root" + dir / "local"; }
   std::string outsideTarget() const { return kUp + (dir / "outside/escaped").substr(1); }
 
-  void start(RvServiceProtections protections) {
-    service = RvRemoteDebugService::createObject(0);
-    service->setBindAddress("127.0.0.1");
-    ASSERT_TRUE(service->setProtections(protections));
-    ASSERT_TRUE(service->execute("service"));
-  }
-  ZrSmartPtr<RvRemoteDebugClient> client() {
-    auto c = RvRemoteDebugClient::createObject("127.0.0.1", static_cast<int>(service->getPort()));
-    EXPECT_TRUE(c->execute("client"));
-    return c;
-  }
-  // The first answer text, "<none>" without one, "<failed>" when the conversation failed.
-  static std::string run(RvRemoteDebugClient* c, const char* word, const std::string& arg1 = "",
-                         const std::string& arg2 = "") {
-    ZrJsonPtr in = ZrJson::readjson("{}"), out = ZrJson::readjson("{}");
-    in->SetDataS("arg1", arg1.c_str());
-    in->SetDataS("arg2", arg2.c_str());
-    if (!CNetCommand::sendSynCommand(c, word, 10000, in, out)) return "<failed>";
-    return out("texts").ArrayCount() > 0 ? out("texts")(0)->strValue().str() : "<none>";
-  }
+  void start(const RvServiceProtections& protections) { service = startService(protections); }
+  ZrSmartPtr<RvRemoteDebugClient> client() { return connectClient(service->getPort()); }
 
   TestDir dir;
   ZrSmartPtr<RvRemoteDebugService> service;
@@ -120,23 +90,23 @@ TEST_F(Guarded, PassPhraseGatesEveryCommandPerConnection) {
   p.passVerifier = RvRemoteDebugService::passVerifierOf("open sesame");
   start(p);
   auto first = client(), second = client();
-  EXPECT_EQ(run(first.get(), "HELLO"), "请先验证！");
-  EXPECT_EQ(run(first.get(), "LS"), "请先验证！");
+  EXPECT_EQ(command(*first, "HELLO"), "请先验证！");
+  EXPECT_EQ(command(*first, "LS"), "请先验证！");
   // A failure is answered only after the delay, and holds up no other connection meanwhile.
   std::atomic<bool> answered{false};
   const auto began = Clock::now();
   std::thread wrong([&] {
-    EXPECT_EQ(run(first.get(), "CHECKPASS", "open sesame "), "验证失败！");
+    EXPECT_EQ(command(*first, "CHECKPASS", "open sesame "), "验证失败！");
     answered = true;
   });
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  EXPECT_EQ(run(second.get(), "HELLO"), "请先验证！");
+  EXPECT_EQ(command(*second, "HELLO"), "请先验证！");
   EXPECT_FALSE(answered.load()) << "the other connection waited for the failure's delay";
   wrong.join();
   EXPECT_GE(Clock::now() - began, std::chrono::milliseconds(zrad::remote::kPassFailureDelayMs));
-  EXPECT_EQ(run(first.get(), "CHECKPASS", "open sesame"), "验证成功！");
-  EXPECT_EQ(run(first.get(), "HELLO"), "欢迎连接 本机");
-  EXPECT_EQ(run(second.get(), "HELLO"), "请先验证！");
+  EXPECT_EQ(command(*first, "CHECKPASS", "open sesame"), "验证成功！");
+  EXPECT_EQ(command(*first, "HELLO"), "欢迎连接 本机");
+  EXPECT_EQ(command(*second, "HELLO"), "请先验证！");
 }
 
 // Every attempt stays inside the root; afterwards the outside directory holds only its secret.
@@ -172,7 +142,7 @@ TEST_F(Guarded, EscapeAttemptsStayBeneathTheRoot) {
       {"R", "out", "", "删除成功！"},
   };
   for (size_t i = 0; i < std::size(rows); ++i)
-    EXPECT_EQ(run(c.get(), rows[i].word, rows[i].arg1, rows[i].arg2), rows[i].expected) << "row " << i;
+    EXPECT_EQ(command(*c, rows[i].word, rows[i].arg1, rows[i].arg2), rows[i].expected) << "row " << i;
   EXPECT_EQ(readFile(served() + "/secret.txt"), "secret");  // the upload landed inside
   EXPECT_FALSE(exists(served() + "/out"));
   std::vector<std::string> outside;
@@ -181,33 +151,6 @@ TEST_F(Guarded, EscapeAttemptsStayBeneathTheRoot) {
   EXPECT_EQ(readFile(dir / "outside/secret.txt"), "secret");
   EXPECT_TRUE(exists(served() + "/new\nline"));
   EXPECT_EQ(readFile(served() + "/planted-副本"), "mine");
-}
-
-// Clients at once, each logging in on its own connection and moving files beneath the root;
-// every file that goes up comes back intact.
-TEST_F(Guarded, ClientsAtOnceUnderEveryProtection) {
-  RvServiceProtections p;
-  p.passVerifier = RvRemoteDebugService::passVerifierOf("pass");
-  p.rootDir = (dir / "root").c_str();
-  p.maxClients = 8;
-  start(p);
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 8; ++t) {
-    threads.emplace_back([&, t] {
-      auto c = client();
-      EXPECT_EQ(run(c.get(), "CHECKPASS", "pass"), "验证成功！") << t;
-      for (int round = 0; round < 6; ++round) {
-        const std::string name = "c" + std::to_string(t) + "-" + std::to_string(round) + ".bin";
-        const std::string bytes(static_cast<size_t>(1000 + 977 * t * round), static_cast<char>('a' + t));
-        writeFile(dir / ("up/" + name), bytes);
-        EXPECT_EQ(run(c.get(), "UP", dir / ("up/" + name)), "上传成功！") << name;
-        EXPECT_EQ(run(c.get(), "DOWN", name), "已下载到：" + dir / ("local/" + name)) << name;
-        EXPECT_EQ(run(c.get(), "R", name), "删除成功！") << name;
-        EXPECT_EQ(readFile(dir / ("local/" + name)), bytes) << name;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
 }
 
 // A name swapped between a file inside and a link to the secret while it is downloaded and
@@ -230,7 +173,7 @@ TEST_F(Guarded, LinkSwappedBetweenCheckAndUseNeverLeadsOut) {
   });
   const auto deadline = Clock::now() + std::chrono::seconds(3);
   for (int i = 0; i < 300 && Clock::now() < deadline; ++i) {
-    const std::string got = run(c.get(), i % 3 ? "DOWN" : "R", "flip");
+    const std::string got = command(*c, i % 3 ? "DOWN" : "R", "flip");
     for (const auto& entry : fs::directory_iterator(dir / "local")) {
       EXPECT_NE(readFile(entry.path()), "secret") << "attempt " << i;
       fs::remove(entry.path());
@@ -285,20 +228,19 @@ TEST_F(Guarded, LimitsRefuseCleanly) {
   writeFile(dir / "local/big.bin", std::string(200, 'b'));
   {
     auto a = client(), b = client();
-    EXPECT_EQ(run(a.get(), "HELLO"), "欢迎连接 本机");
+    EXPECT_EQ(command(*a, "HELLO"), "欢迎连接 本机");
     const int third = rawConnect(service->getPort());
     EXPECT_TRUE(closedByPeer(third)) << "a third client was served";
     close(third);
-    EXPECT_EQ(run(b.get(), "UP", dir / "small.bin"), "上传成功！");
-    EXPECT_EQ(run(b.get(), "DOWN", "big.bin"), "文件太大！");
-    EXPECT_EQ(run(b.get(), "UP", dir / "large.bin"), "<failed>");
+    EXPECT_EQ(command(*b, "UP", dir / "small.bin"), "上传成功！");
+    EXPECT_EQ(command(*b, "DOWN", "big.bin"), "文件太大！");
+    EXPECT_EQ(command(*b, "UP", dir / "large.bin"), "<failed>");
     EXPECT_FALSE(exists(dir / "local/large.bin"));
-    EXPECT_EQ(run(a.get(), "HELLO"), "欢迎连接 本机");
+    EXPECT_EQ(command(*a, "HELLO"), "欢迎连接 本机");
     a->Disconect();
     b->Disconect();
   }
-  for (int i = 0; i < 250 && service->linkCount() > 0; ++i)
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  EXPECT_TRUE(waitFor([&] { return service->linkCount() == 0; }));
   // A payload too long, and a size table too long for the same bound.
   for (const std::string& header : {frameHeader(2000, 0), frameHeader(8, 300)}) {
     const int oversized = rawConnect(service->getPort());

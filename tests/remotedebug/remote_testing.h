@@ -8,7 +8,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -79,30 +81,16 @@ inline void sendAll(int fd, const std::string& bytes) {
   }
 }
 
-// Everything `fd` delivers until it has been quiet for `quietMs` (or closed).
-inline std::string receiveUntilQuiet(int fd, int quietMs = 200) {
+// What `fd` delivers until `length` bytes have come, it has been quiet for `quietMs` or closed.
+inline std::string receive(int fd, size_t length, int quietMs) {
   std::string out;
   char buffer[65536];
   pollfd ready{fd, POLLIN, 0};
-  while (poll(&ready, 1, quietMs) > 0) {
-    ssize_t n = recv(fd, buffer, sizeof buffer, 0);
+  while (out.size() < length && poll(&ready, 1, quietMs) > 0) {
+    ssize_t n = recv(fd, buffer, std::min(sizeof buffer, length - out.size()), 0);
     if (n <= 0) break;
     out.append(buffer, static_cast<size_t>(n));
   }
-  return out;
-}
-
-// Exactly `length` bytes from `fd` (fewer when it stays quiet for 5 s or closes).
-inline std::string receiveExactly(int fd, size_t length) {
-  std::string out(length, '\0');
-  size_t done = 0;
-  pollfd ready{fd, POLLIN, 0};
-  while (done < length && poll(&ready, 1, 5000) > 0) {
-    ssize_t n = recv(fd, &out[done], length - done, 0);
-    if (n <= 0) break;
-    done += static_cast<size_t>(n);
-  }
-  out.resize(done);
   return out;
 }
 
@@ -124,32 +112,45 @@ inline void appendText(RvNetPackage& pkg, const std::string& text) {
 
 // Descriptors open in this process.
 int openDescriptors();
+// Entries of a directory; 0 when it is missing.
+size_t entriesIn(const std::string& dir);
+// True once `done` holds, asked every 10 ms for at most `seconds`.
+bool waitFor(const std::function<bool()>& done, int seconds = 10);
 
-// A conversation that opens with `text` (and a file), records what its answers carry and ends
-// itself after `answers` answers, writing "bye" into its last reply.
+// A started service on 127.0.0.1 (port 0: a free one) with `protections`.
+ZrSmartPtr<RvRemoteDebugService> startService(const RvServiceProtections& protections = {},
+                                              unsigned port = 0);
+// A started client connected to 127.0.0.1:`port`.
+ZrSmartPtr<RvRemoteDebugClient> connectClient(unsigned port);
+// A bare TCP connection to 127.0.0.1:`port`.
+int rawConnect(unsigned port);
+// Runs one console command and waits for it: its answer texts joined by " | ", "<none>" when
+// it has none, "<failed>" when the conversation did not finish.
+std::string command(RvRemoteDebugClient& client, const char* word, const std::string& arg1 = "",
+                    const std::string& arg2 = "");
+
+// A conversation that opens with `text`, records what its answer carries and ends itself on
+// it, writing "bye" into its last reply.
 class TestCom : public ZradNetComImp<INetCom> {
  public:
-  static ZrSmartPtr<TestCom> create(int reqId, const std::string& text, int answers = 1,
-                                    const std::string& file = "");
+  static ZrSmartPtr<TestCom> create(int reqId, const std::string& text);
   int getReqId() const override { return m_reqId; }
   bool OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
                      ZrSmartPtr<RvNetPackage> reply) override;
-  // Payload text after the header of every answer, and the first file of the last one.
+  // Payload text after the header of every answer.
   std::vector<std::string> answers() const;
-  std::string fileReceived() const;
 
  protected:
   TestCom() = default;
 
  private:
   int m_reqId = 0;
-  int m_answersWanted = 1;
-  std::string m_text, m_file, m_fileReceived;
+  std::string m_text;
   std::vector<std::string> m_answers;
   mutable std::mutex m_lock;
 };
 
-// The peer side of TestCom: answers "echo:<text>" with the received file attached.
+// The peer side of TestCom: answers "echo:<text>".
 ZrSmartPtr<INetCom> createEchoMonitor(int reqId);
 
 }  // namespace remotetest

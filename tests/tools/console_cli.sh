@@ -1,30 +1,9 @@
 #!/bin/sh
 # zrad serve and zrad console across processes, over 127.0.0.1 only; every wait is bounded.
 # Usage: console_cli.sh PATH/TO/zrad
-. "$(dirname "$0")/cli.sh"
-zrad=$(cd "$(dirname "$zrad")" && pwd)/$(basename "$zrad")
-mkdir "$dir/srv" "$dir/cli" "$dir/loc"
-pids=
-trap 'for p in $pids; do kill "$p" 2> /dev/null; done; rm -rf "$dir"' EXIT
-
-# serve_at DIR LOG [OPTION...]: starts `zrad serve --port 0` in DIR; sets $pid and $port (empty:
-# failed).
-serve_at() {
-  at=$1 log=$2; shift 2
-  (cd "$at" && exec "$zrad" serve --port 0 "$@" 2> "$log") &
-  pid=$!; pids="$pids $pid"; port=
-  for _ in $(seq 100); do
-    port=$(sed -n 's/.*listening on 127\.0\.0\.1:\([0-9]*\).*/\1/p' "$log" 2> /dev/null)
-    [ -n "$port" ] && return 0
-    sleep 0.1
-  done
-}
-# stops PID: true when it ends by itself within 10 s.
-stops() {
-  for _ in $(seq 100); do kill -0 "$1" 2> /dev/null || return 0; sleep 0.1; done
-  return 1
-}
-console() { (cd "$dir/cli" && timeout 30 "$zrad" console --timeout 10 "$@"); }
+here=$(cd "$(dirname "$0")" && pwd)
+. "$here/cli.sh"
+. "$here/serve_lib.sh"
 
 serve_at "$dir/srv" "$dir/serve.log"
 check "serve reports its port" test -n "$port"

@@ -97,7 +97,12 @@ int run() {
     std::free(cwd);
   }
 
-  // Blocked before the service starts its threads, so only sigtimedwait takes these.
+  // A peer or a log reader that goes away, or a file-size limit reached while storing an
+  // upload, fails that one call (EPIPE, EFBIG) instead of ending the service.
+  signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
+
+  // Blocked before the service starts its threads, so only sigwait takes these.
   sigset_t stopSignals;
   sigemptyset(&stopSignals);
   sigaddset(&stopSignals, SIGINT);

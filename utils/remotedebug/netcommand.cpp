@@ -18,7 +18,6 @@
 using zrad::remote::connectionGuard;
 using zrad::remote::findCommandHandler;
 using zrad::remote::HeldPath;
-using zrad::remote::freeFileName;
 using zrad::remote::joinToCurrentDir;
 using zrad::remote::readPayloadString;
 using zrad::remote::writePayloadString;
@@ -77,9 +76,7 @@ ZrUtf8String listingOf(const ZrString& dir, List list) {
 ZrString storeReceivedFile(const ZrUtf8String& received, const ZrString& dir, const ZrString& name) {
   if (const zrad::remote::RootedFiles* rooted = rootedFiles())
     return rooted->store(received, dir, name);
-  const ZrString path =
-      freeFileName(dir, name, [](const ZrString& p) { return zrutIsExistFile(utf8(p)); });
-  return zrutCopyFile(received, utf8(path)) ? path : ZrString();
+  return zrad::remote::storeUnderFreeName(received, dir, name, zrad::remote::openParentDir);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // File operations that cannot leave a directory: the file commands of a service with a
-// restricted root.
+// restricted root; and storing a received file under a free name, with or without a root.
 //
 // Every path is taken relative to the root, as if the root were "/": "/a/b", "a/b" and
 // "//a/b" all name root/a/b. Resolution is done by the kernel, one descriptor at a time, never
@@ -10,6 +10,7 @@
 // a check and a use acts on the link itself, never on what it points to.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include <zrplatform/strings.h>
@@ -41,6 +42,20 @@ int openBeneath(int rootFd, const std::string& path, int flags, unsigned mode = 
 // EXDEV).
 int walkBeneath(int rootFd, const std::string& path, int flags, unsigned mode = 0);
 
+// Opens the directory holding `path`'s last name (O_PATH) and gives that name to `name`; empty
+// when the last name is missing, "." or "..", or the directory cannot be opened.
+using ParentOpener = std::function<HeldPath(const ZrUtf8String& path, std::string& name)>;
+
+// ParentOpener over the whole file system: "/d/a" opens "/d", "/a" opens "/", "a" opens ".".
+HeldPath openParentDir(const ZrUtf8String& path, std::string& name);
+
+// Copies the file at `source` to a new file `dir`/`lastName`, "-副本" appended to the stem
+// while the name is taken. Each candidate is created exclusively, so the name found is ours
+// alone (two stores at once never share it), and a copy that fails part-way (a full disk)
+// removes it again. The stored path, or "" on failure.
+ZrString storeUnderFreeName(const ZrUtf8String& source, const ZrString& dir,
+                            const ZrString& lastName, const ParentOpener& openParent);
+
 class RootedFiles {
  public:
   // Takes `rootFd` (an O_PATH directory descriptor, or -1 to refuse everything) and closes it.
@@ -58,16 +73,14 @@ class RootedFiles {
   bool remove(const ZrUtf8String& path) const;
   // Copies a regular file; the destination is created or truncated, never followed.
   bool copy(const ZrUtf8String& from, const ZrUtf8String& to) const;
-  // Copies the file at `source` (outside the root: a received temporary file) to a new file
-  // `dir`/`lastName`, "-副本" appended to the stem while the name is taken. The name as the peer
-  // sees it, or "" on failure.
+  // storeUnderFreeName beneath the root (`source` may lie outside: a received temporary file).
+  // The name as the peer sees it, or "" on failure.
   ZrString store(const ZrUtf8String& source, const ZrString& dir, const ZrString& lastName) const;
   // `path` opened with `flags` (a directory with O_DIRECTORY); empty on failure.
   HeldPath open(const ZrUtf8String& path, int flags) const;
 
  private:
-  // The directory holding `path`'s last name, which goes to `name`; empty when the last name
-  // is missing, "." or "..".
+  // A ParentOpener beneath the root.
   HeldPath openParent(const ZrUtf8String& path, std::string& name) const;
 
   int m_root;

@@ -48,6 +48,16 @@ bool removeAt(int dirFd, const char* name, int depth) {
   return removed && unlinkat(dirFd, name, AT_REMOVEDIR) == 0;
 }
 
+// Splits `path` into the text of its directory and its last name; false when the last name is
+// missing, "." or "..".
+bool splitLastName(std::string text, std::string& parent, std::string& name) {
+  while (!text.empty() && text.back() == '/') text.pop_back();
+  const size_t slash = text.rfind('/');
+  name = slash == std::string::npos ? text : text.substr(slash + 1);
+  parent = slash == std::string::npos ? "" : text.substr(0, slash);
+  return !name.empty() && name != "." && name != "..";
+}
+
 }  // namespace
 
 HeldPath::HeldPath(int fd) : m_fd(fd) {
@@ -131,12 +141,8 @@ HeldPath RootedFiles::open(const ZrUtf8String& path, int flags) const {
 }
 
 HeldPath RootedFiles::openParent(const ZrUtf8String& path, std::string& name) const {
-  std::string text = path.str();
-  while (!text.empty() && text.back() == '/') text.pop_back();
-  const size_t slash = text.rfind('/');
-  name = slash == std::string::npos ? text : text.substr(slash + 1);
-  if (name.empty() || name == "." || name == "..") return HeldPath();
-  const std::string parent = slash == std::string::npos ? "" : text.substr(0, slash);
+  std::string parent;
+  if (!splitLastName(path.str(), parent, name)) return HeldPath();
   return HeldPath(openBeneath(m_root, parent, O_PATH | O_DIRECTORY));
 }
 
@@ -179,6 +185,21 @@ bool RootedFiles::copy(const ZrUtf8String& from, const ZrUtf8String& to) const {
 
 ZrString RootedFiles::store(const ZrUtf8String& source, const ZrString& dir,
                             const ZrString& lastName) const {
+  return storeUnderFreeName(source, dir, lastName, [this](const ZrUtf8String& path, std::string& name) {
+    return openParent(path, name);
+  });
+}
+
+HeldPath openParentDir(const ZrUtf8String& path, std::string& name) {
+  std::string parent;
+  if (!splitLastName(path.str(), parent, name)) return HeldPath();
+  const bool absolute = !path.str().empty() && path.str()[0] == '/';
+  if (parent.empty()) parent = absolute ? "/" : ".";
+  return HeldPath(::open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
+ZrString storeUnderFreeName(const ZrUtf8String& source, const ZrString& dir,
+                            const ZrString& lastName, const ParentOpener& openParent) {
   HeldPath parent, created;
   std::string name;
   int tries = 0;
