@@ -174,6 +174,7 @@ bool parse(ElementValue& target, std::string_view text, ParseFailure* failure) {
     if (failure) *failure = {0, "a number with more digits than the reader accepts"};
     return false;
   }
+  BulkBuild bulk;
   TreeBuilder builder;
   rapidjson::Reader reader;
   rapidjson::InsituStringStream stream(copy.get());
