@@ -24,7 +24,6 @@ constexpr uint32_t kSpares = 16;         // empty chunks a thread keeps for its 
 
 // Trivially destructible, so it stays usable while other thread-local objects are destroyed.
 struct ChunkState {
-  int building;  // open BulkBuilds
   int batching;  // open FreeBatches
   SlabHead* chunk;  // being filled
   char* next;
@@ -88,6 +87,8 @@ __attribute__((noinline)) void* nextChunkBlock(ChunkState& s, size_t size) {
 
 }  // namespace
 
+__thread int tOpenBulkBuilds;
+
 SlabHead* newSlab(bool chunk) {
   void* p = std::aligned_alloc(kSlabBytes, kSlabBytes);
   if (!p) throw ZrError(Zrad::eOutOfMemory);
@@ -99,7 +100,6 @@ SlabHead* newSlab(bool chunk) {
 
 void freeSlab(SlabHead* slab) { std::free(slab); }
 
-bool bulkBuilding() { return tChunks.building != 0; }
 
 void* chunkBlock(size_t size) {
   ChunkState& s = tChunks;
@@ -125,8 +125,8 @@ void freeChunkBlock(void* block) noexcept {
 }
 
 // A thread that is exiting builds from the pool: it would have no one to retire its chunk.
-BulkBuild::BulkBuild() : m_open(!tChunks.closed) { tChunks.building += m_open; }
-BulkBuild::~BulkBuild() { tChunks.building -= m_open; }
+BulkBuild::BulkBuild() : m_open(!tChunks.closed) { tOpenBulkBuilds += m_open; }
+BulkBuild::~BulkBuild() { tOpenBulkBuilds -= m_open; }
 
 FreeBatch::FreeBatch() { ++tChunks.batching; }
 FreeBatch::~FreeBatch() {

@@ -31,8 +31,9 @@ inline SlabHead* slabOf(const void* block) {
 SlabHead* newSlab(bool chunk);
 void freeSlab(SlabHead* slab);
 
-// True while a BulkBuild is open on this thread.
-bool bulkBuilding();
+// The BulkBuilds open on this thread; a plain thread variable, as every pool allocation asks.
+extern __thread int tOpenBulkBuilds;
+inline bool bulkBuilding() { return tOpenBulkBuilds != 0; }
 // The next `size` bytes (size <= 1 KiB) of this thread's chunk, rounded up to 32; throws
 // ZrError(eOutOfMemory) when a new chunk is needed and memory is exhausted.
 void* chunkBlock(size_t size);
