@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "json/element_pool.h"
+#include "json/element_slab.h"
 #include "json/element_store.h"
 
 namespace {

@@ -32,11 +32,11 @@ class BulkBuild {
 
 // Inside a FreeBatch, blocks given back to chunks are counted off once per run of blocks of
 // the same chunk rather than once per block (a tree is dropped in the order it was laid out);
-// the outermost batch settles the last run when it ends.
+// the outermost batch settles the last run when it ends. Defined in element_slab.h.
 class FreeBatch {
  public:
-  FreeBatch();
-  ~FreeBatch();
+  inline FreeBatch();
+  inline ~FreeBatch();
   FreeBatch(const FreeBatch&) = delete;
   FreeBatch& operator=(const FreeBatch&) = delete;
 };

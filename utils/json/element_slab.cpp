@@ -65,6 +65,13 @@ void settle(ChunkState& s) noexcept {
   countOff(s, c, n);
 }
 
+void freeChunkBlockSlow(ChunkState& s, SlabHead* c) noexcept {
+  if (!s.batching) return countOff(s, c, 1);
+  settle(s);
+  s.pending = c;
+  s.pendingCount = 1;
+}
+
 __attribute__((noinline)) void* nextChunkBlock(ChunkState& s, size_t size) {
   SlabHead* c = s.spares ? s.spare[--s.spares] : newSlab(true);
   (void)&tChunkCloser;  // registers the closer for this thread
@@ -91,11 +98,5 @@ void freeSlab(SlabHead* slab) { std::free(slab); }
 // A thread that is exiting builds from the pool: it would have no one to retire its chunk.
 BulkBuild::BulkBuild() : m_open(!tChunks.closed) { tChunks.building += m_open; }
 BulkBuild::~BulkBuild() { tChunks.building -= m_open; }
-
-FreeBatch::FreeBatch() { ++tChunks.batching; }
-FreeBatch::~FreeBatch() {
-  ChunkState& s = tChunks;
-  if (--s.batching == 0) settle(s);
-}
 
 }  // namespace zrad::json

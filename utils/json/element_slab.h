@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "json/element_pool.h"
+
 namespace zrad::json {
 
 constexpr size_t kSlabBytes = 32 * 1024;
@@ -68,15 +70,19 @@ inline void* chunkBlock(size_t size) {
 
 void countOff(ChunkState& s, SlabHead* chunk, uint32_t n) noexcept;
 void settle(ChunkState& s) noexcept;
+// A freed block of `chunk` that does not extend the pending run.
+void freeChunkBlockSlow(ChunkState& s, SlabHead* chunk) noexcept;
 // A block of a chunk goes back (the slab of `block` must be a chunk).
+// Inline: a tree's drop opens one for every container it empties.
+inline FreeBatch::FreeBatch() { ++tChunks.batching; }
+inline FreeBatch::~FreeBatch() {
+  if (--tChunks.batching == 0) settle(tChunks);
+}
+
 inline void freeChunkBlock(void* block) noexcept {
   ChunkState& s = tChunks;
   SlabHead* c = slabOf(block);
-  if (!s.batching) return countOff(s, c, 1);
-  if (c != s.pending) {
-    settle(s);
-    s.pending = c;
-  }
+  if (c != s.pending || !s.batching) return freeChunkBlockSlow(s, c);
   ++s.pendingCount;
 }
 
