@@ -1,6 +1,7 @@
-// Element-tree reading and writing beside RapidJSON and nlohmann::json, on three generated
+// Element-tree reading and writing beside RapidJSON and nlohmann::json, on four generated
 // documents of a few MB: a feed of small objects with strings, geographic outlines (many doubles
-// in nested arrays) and a deep configuration tree.
+// in nested arrays), a deep configuration tree and a drawing's document model (entities of 5 to
+// 20 named members, mixed scalars, arrays of points, a few long strings).
 //
 // Cases (each line "ratio <case>: zrad / <peer> = T", below 1 means faster):
 //   read_<doc>      text to tree beside RapidJSON's DOM parse and nlohmann's parse; dropping the
@@ -15,6 +16,12 @@
 //                   (bEqual matches Array items at any position, trying the same position first)
 //   object_insert   100,000 names set one by one in a scrambled order into one object, beside
 //                   nlohmann's object (a std::map); dropping them not timed
+// Each read row also shows one read of its document in a new process, whose heap no tree has
+// used yet: fresh_ms (the read), fresh_free_ms (dropping the tree) and peak_MB (the growth of
+// the resident set during the read). They are printed again side by side at the end:
+//   fresh read_feed: zrad / rapidjson = 1.10x read, 1.40x read+free, 2.95x peak (19.5 MB / 6.6 MB)
+// Run with --benchmark_enable_random_interleaving=true for trees built in a heap that other
+// trees have used, as in a long-running application.
 // Build with -DCMAKE_BUILD_TYPE=Release -DZRAD_BENCH=ON -DZRAD_TESTS=OFF.
 #include <zrad/json.h>
 
@@ -24,10 +31,17 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <chrono>
 #include <cstdio>
+#include <cstring>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include <malloc.h>
+#include <unistd.h>
 
 #include "common/peer_ratio.h"
 
@@ -107,17 +121,160 @@ std::string config() {
   return s;
 }
 
+// One member of a drawing entity, named `name`, with a value of the kind the name suggests.
+void drawingMember(std::string& s, Lcg& r, const char* name, int entity) {
+  char buf[96];
+  s += ",\"" + std::string(name) + "\":";
+  auto coordinate = [&] { return r.unit() * 10000 - 5000; };
+  if (!std::strcmp(name, "points")) {
+    int n = 2 + r.next() % 40;
+    s += "[";
+    for (int p = 0; p < n; ++p) s.append(buf, std::snprintf(buf, sizeof buf, "%s[%.4f,%.4f]", p ? "," : "", coordinate(), coordinate()));
+    s += "]";
+  } else if (!std::strcmp(name, "center") || !std::strcmp(name, "normal")) {
+    s.append(buf, std::snprintf(buf, sizeof buf, "[%.4f,%.4f,%.1f]", coordinate(), coordinate(), 0.0));
+  } else if (!std::strcmp(name, "layer") || !std::strcmp(name, "linetype") || !std::strcmp(name, "style")) {
+    s.append(buf, std::snprintf(buf, sizeof buf, "\"%s_%u\"", name, r.next() % 40));
+  } else if (!std::strcmp(name, "note")) {  // a long text in one entity of 400
+    std::string text = entity % 400 ? "Revision " + std::to_string(r.next() % 30) : std::string(3000 + r.next() % 5000, 'n');
+    s += "\"" + text + "\"";
+  } else if (!std::strcmp(name, "visible") || !std::strcmp(name, "closed")) {
+    s += r.next() % 2 ? "true" : "false";
+  } else if (!std::strcmp(name, "color") || !std::strcmp(name, "flags")) {
+    s += std::to_string(r.next() % 256);
+  } else if (!std::strcmp(name, "xdata")) {
+    s.append(buf, std::snprintf(buf, sizeof buf, "{\"app\":\"PLANNER\",\"id\":%u,\"tags\":[\"a\",\"b\"]}", r.next()));
+  } else {
+    s.append(buf, std::snprintf(buf, sizeof buf, "%.6g", r.unit() * 100));
+  }
+}
+
+// A drawing: a header with a long preview string, then entities of a handle, a type and 3 to 18
+// further members taken in turn from a list that starts at a random place.
+std::string drawing() {
+  static const char* const kMembers[] = {"layer", "color", "linetype", "lineweight", "visible", "points", "elevation",
+                                         "thickness", "closed", "center", "radius", "rotation", "note", "style",
+                                         "height", "xdata", "normal", "flags"};
+  constexpr int kCount = sizeof kMembers / sizeof kMembers[0];
+  static const char* const kTypes[] = {"LINE", "LWPOLYLINE", "CIRCLE", "ARC", "TEXT", "INSERT"};
+  Lcg r;
+  std::string s = "{\"header\":{\"version\":\"R2026\",\"units\":4,\"preview\":\"" + std::string(60000, 'p') +
+                  "\"},\"entities\":[";
+  char buf[64];
+  for (int i = 0; i < 12000; ++i) {
+    s.append(buf, std::snprintf(buf, sizeof buf, "%s{\"handle\":\"%X\",\"type\":\"%s\"", i ? "," : "", 0x100 + i, kTypes[r.next() % 6]));
+    int first = r.next() % kCount, more = 3 + r.next() % 16;
+    for (int m = 0; m < more; ++m) drawingMember(s, r, kMembers[(first + m) % kCount], i);
+    s += "}";
+  }
+  return s + "]}";
+}
+
 struct Doc {
   const char* name;
   std::string text;
 };
 
+constexpr int kDocs = 4;
+
 const Doc& doc(int which) {
-  static const Doc docs[] = {{"feed", feed()}, {"outlines", outlines()}, {"config", config()}};
+  static const Doc docs[kDocs] = {{"feed", feed()}, {"outlines", outlines()}, {"config", config()}, {"drawing", drawing()}};
   return docs[which];
 }
 
 void bytes(benchmark::State& state, size_t n) { state.SetBytesProcessed(int64_t(state.iterations() * n)); }
+
+// ---- one read in a new process ----
+
+// A field of /proc/self/status ("VmRSS:", "VmHWM:") in MB.
+double statusMB(const char* field) {
+  double kb = 0;
+  if (FILE* f = std::fopen("/proc/self/status", "r")) {
+    char line[256];
+    while (std::fgets(line, sizeof line, f))
+      if (!std::strncmp(line, field, std::strlen(field))) kb = std::atof(line + std::strlen(field));
+    std::fclose(f);
+  }
+  return kb / 1024;
+}
+
+// Times one read and the drop of what it returned, and prints "<read ms> <drop ms> <peak MB>",
+// the peak being how far the resident set grew above where it was before the read.
+template <class Read>
+int measureFresh(Read read) {
+  using Clock = std::chrono::steady_clock;
+  auto ms = [](Clock::duration d) { return std::chrono::duration<double, std::milli>(d).count(); };
+  malloc_trim(0);  // memory freed while the documents were made would hide the read's own
+  const double before = statusMB("VmRSS:");
+  if (FILE* f = std::fopen("/proc/self/clear_refs", "w")) {  // "5" resets the peak to the present
+    std::fputs("5", f);
+    std::fclose(f);
+  }
+  const auto start = Clock::now();
+  std::optional<decltype(read())> tree(read());
+  const auto built = Clock::now();
+  const double peak = statusMB("VmHWM:") - before;
+  tree.reset();
+  std::printf("%f %f %f\n", ms(built - start), ms(Clock::now() - built), peak);
+  return 0;
+}
+
+// The mode of a new process started by fresh(): one read of document `which` by `side`.
+int freshRead(int which, const std::string& side) {
+  const std::string& text = doc(which).text;
+  if (side == "zrad") {
+    const ZrUtf8String copy(text);
+    return measureFresh([&] { return ZrJson::readjson(copy); });
+  }
+  if (side == "rapidjson") {
+    return measureFresh([&] {
+      auto d = std::make_unique<rapidjson::Document>();
+      d->Parse(text.c_str());
+      return d;
+    });
+  }
+  return measureFresh([&] { return nlohmann::json::parse(text); });
+}
+
+struct Fresh {
+  double readMs = 0, freeMs = 0, peakMB = 0;
+};
+std::map<std::string, std::map<std::string, Fresh>> freshRuns;  // by document, then side
+
+// One read of document `which` by `side` in a new process (run once, then remembered), shown as
+// counters of the row.
+void freshCounters(benchmark::State& state, int which, const char* side) {
+  auto [at, added] = freshRuns[doc(which).name].try_emplace(side);
+  Fresh& f = at->second;
+  if (added) {
+    char self[4096], command[4200];
+    ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);  // popen's shell has its own
+    self[n > 0 ? n : 0] = 0;
+    std::snprintf(command, sizeof command, "'%s' --fresh %d %s", self, which, side);
+    if (FILE* p = popen(command, "r")) {
+      if (std::fscanf(p, "%lf %lf %lf", &f.readMs, &f.freeMs, &f.peakMB) != 3) f = {};
+      pclose(p);
+    }
+  }
+  state.counters["fresh_ms"] = f.readMs;
+  state.counters["fresh_free_ms"] = f.freeMs;
+  state.counters["peak_MB"] = f.peakMB;
+}
+
+void printFreshRatios() {
+  for (const auto& [name, sides] : freshRuns) {
+    auto ours = sides.find("zrad");
+    if (ours == sides.end() || ours->second.readMs <= 0) continue;
+    const Fresh& z = ours->second;
+    for (const auto& [peer, f] : sides)
+      if (peer != "zrad" && f.readMs > 0)
+        std::printf("fresh read_%s: zrad / %s = %.2fx read, %.2fx read+free, %.2fx peak (%.1f MB / %.1f MB)\n", name.c_str(),
+                    peer.c_str(), z.readMs / f.readMs, (z.readMs + z.freeMs) / (f.readMs + f.freeMs), z.peakMB / f.peakMB,
+                    z.peakMB, f.peakMB);
+  }
+}
+
+// ---- the rows ----
 
 // Times `read()` and, when `timeDrop`, dropping what it returned as well.
 template <class Read>
@@ -136,6 +293,7 @@ void readZrad(benchmark::State& state, int which, bool timeDrop) {
   const ZrUtf8String text(doc(which).text);
   reading(state, timeDrop, [&] { return ZrJson::readjson(text); });
   bytes(state, doc(which).text.size());
+  freshCounters(state, which, "zrad");
 }
 
 void readRapid(benchmark::State& state, int which, bool timeDrop) {
@@ -146,12 +304,14 @@ void readRapid(benchmark::State& state, int which, bool timeDrop) {
     return d;
   });
   bytes(state, text.size());
+  freshCounters(state, which, "rapidjson");
 }
 
 void readNlohmann(benchmark::State& state, int which, bool timeDrop) {
   const std::string& text = doc(which).text;
   reading(state, timeDrop, [&] { return nlohmann::json::parse(text); });
   bytes(state, text.size());
+  freshCounters(state, which, "nlohmann");
 }
 
 void writeZrad(benchmark::State& state, int which) {
@@ -281,7 +441,7 @@ void insertNlohmann(benchmark::State& state) {
 }
 
 const bool kRegistered = [] {
-  for (int which = 0; which < 3; ++which) {
+  for (int which = 0; which < kDocs; ++which) {
     std::string name = doc(which).name;
     for (bool timeDrop : {false, true}) {
       std::string read = (timeDrop ? "readfree_" : "read_") + name;
@@ -309,4 +469,12 @@ const bool kRegistered = [] {
 
 }  // namespace
 
-ZRAD_BENCHMARK_MAIN()
+int main(int argc, char** argv) {
+  if (argc == 4 && !std::strcmp(argv[1], "--fresh")) return freshRead(std::atoi(argv[2]), argv[3]);
+  benchmark::Initialize(&argc, argv);
+  zradbench::PeerRatioReporter reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  printFreshRatios();
+  benchmark::Shutdown();
+  return 0;
+}

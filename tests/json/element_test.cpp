@@ -267,20 +267,4 @@ TEST(ElementHandles, NullHandlesCountsAndAliases) {
   EXPECT_EQ(e->Release(), 2u);
 }
 
-// Trees built on one thread and dropped on another: blocks migrate between the threads' pools.
-TEST(ElementHandles, TreesCrossThreads) {
-  std::string text = "[";
-  for (int i = 0; i < 20000; ++i) text += (i ? "," : "") + std::string(R"({"name":"a longer text value","n":[1,2.5]})");
-  text += "]";
-  for (int round = 0; round < 4; ++round) {
-    ZrJsonPtr tree;
-    std::thread([&] { tree = ZrJson::readjson(text); }).join();
-    ASSERT_TRUE(tree) << "round " << round;
-    std::thread([&] {
-      EXPECT_EQ(tree(19999)("n")(1)->floatValue(), 2.5) << "round " << round;
-      tree = ZrJsonPtr();
-    }).join();
-  }
-}
-
 }  // namespace

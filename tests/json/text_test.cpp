@@ -183,6 +183,9 @@ TEST(JsonFiles, WriteReadAndLoadBothFormats) {
   EXPECT_FALSE(ZrJson().write(dir / "x", ZrJson::eJsonText));
   EXPECT_FALSE(tree.write(dir / "no/such/dir", ZrJson::eJsonText));
   EXPECT_FALSE(tree.write(dir / "no/such/dir", ZrJson::eBinary));
+  // A device that takes the open but refuses every byte: the failed flush must show.
+  for (ZrJson::fileFormat format : {ZrJson::eJsonText, ZrJson::eBinary})
+    EXPECT_FALSE(tree.write("/dev/full", format)) << "format " << format;
 }
 
 TEST(JsonFiles, DetectionOfFiles) {

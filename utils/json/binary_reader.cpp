@@ -223,6 +223,7 @@ bool decode(ElementValue& target, ZrStreamBuf& stream) {
   ZrJsonPtr fresh = ElementValue::createObject(etNullFlag);
   auto& decoded = static_cast<ElementValue&>(*fresh);
   Source source(stream);
+  BulkBuild bulk;
   const char* after = Decoder().decode(decoded, source.begin, source.end);
   source.finish(after ? after : source.begin);
   if (!after) return false;

@@ -168,6 +168,7 @@ class CloneVisitor {
 }  // namespace zrad::json
 
 ZrJsonPtr IElementValueBase::clone() const {
+  zrad::json::BulkBuild bulk;
   zrad::json::CloneVisitor visitor;
   auto walk = [&] { return zrad::json::walkTree(*this, visitor); };
   if (zrad::json::platformOutOfMemory(walk) == zrad::json::WalkEnd::kDone) return visitor.copy;

@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "json/element_pool.h"
+#include "json/element_slab.h"
 #include "json/element_store.h"
 
 namespace {
@@ -59,6 +60,7 @@ void destroy(IElementValueBase* e) {
     if (isLeaf(e) || !queue(t, e)) dispose(e);
     return;
   }
+  zrad::json::FreeBatch batch;
   t.running = true;
   dispose(e);
   while (t.size) dispose(t.pending[--t.size]);
@@ -80,12 +82,17 @@ void releaseItem(IElementValueBase* e) {
   // a third of the cost of dropping a tree (json_bench readfree_*, clone_*).
   ElementValue* ev = asElement(e);
   if (ev && ElementAccess::soleHolder(*ev)) {
-    Teardown& t = tTeardown;
-    const bool container = isContainer(kindOf(ElementAccess::type(*ev)));
-    if (!container || t.nested < kNestedInPlace) {
-      t.nested += container;
+    if (!isContainer(kindOf(ElementAccess::type(*ev)))) {
       ev->freePointerValue();
-      t.nested -= container;
+      freeElementBlock(ev);
+      return;
+    }
+    Teardown& t = tTeardown;
+    if (t.nested < kNestedInPlace) {
+      FreeBatch batch;
+      ++t.nested;
+      ev->freePointerValue();
+      --t.nested;
       freeElementBlock(ev);
       return;
     }

@@ -3,9 +3,10 @@
 // Trees are built and dropped constantly, block by block, so each thread keeps the free blocks
 // of each size class (32 to 1024 bytes) and trades whole batches with a shared stock
 // under a mutex; a thread that frees what another built hands the surplus back, so memory stays
-// bounded by the peak of live blocks. Chunks are kept for the life of the process. Larger
-// blocks, and every block in sanitizer builds (so use-after-free is still caught), come from
-// malloc.
+// bounded by the peak of live blocks. Pool slabs are kept for the life of the process. While a
+// BulkBuild is open, small blocks come from the thread's chunk instead (element_slab.cpp); a
+// block finds out which it came from through its slab's head. Larger blocks, and every block in
+// sanitizer builds (so use-after-free is still caught), come from malloc.
 #include "json/element_pool.h"
 
 #include <algorithm>
@@ -16,6 +17,8 @@
 #include <vector>
 
 #include <zrad/json.h>
+
+#include "json/element_slab.h"
 
 namespace zrad::json {
 namespace {
@@ -36,7 +39,6 @@ constexpr int kClasses = 6;
 constexpr size_t kClassSize[kClasses] = {32, 64, 128, 256, 512, 1024};
 constexpr size_t kBatch = 1024;           // blocks moved between a thread and the stock at once
 constexpr size_t kSlots = 2 * kBatch;     // free blocks a thread keeps per class at most
-constexpr size_t kChunkBytes = 32 * 1024;
 
 // The smallest class that holds `size` bytes, or -1.
 int classOf(size_t size) {
@@ -50,7 +52,7 @@ struct Stock {
   std::vector<void*> free[kClasses];
   // Blocks given back while there was no memory to list them, chained through their first word.
   void* spilled[kClasses] = {};
-  std::vector<void*> chunks;  // every chunk, so the memory stays reachable
+  std::vector<SlabHead*> slabs;  // every slab, so the memory stays reachable
 
   // Moves up to `max` free blocks of class `c` to `out` (carving a fresh chunk when there are
   // none) and returns how many; throws ZrError(eOutOfMemory) when there are none and no memory.
@@ -84,19 +86,19 @@ struct Stock {
 
  private:
   void carve(int c) {
-    const size_t count = kChunkBytes / kClassSize[c];
-    char* chunk = static_cast<char*>(std::malloc(kChunkBytes));
+    const size_t count = (kSlabBytes - kSlabHeadBytes) / kClassSize[c];
+    SlabHead* slab = newSlab(false);
     try {
-      if (!chunk) throw std::bad_alloc();
-      chunks.reserve(chunks.size() + 1);
+      slabs.reserve(slabs.size() + 1);
       free[c].reserve(free[c].size() + count);
     } catch (const std::bad_alloc&) {
-      std::free(chunk);
+      freeSlab(slab);
       throw ZrError(Zrad::eOutOfMemory);
     }
-    chunks.push_back(chunk);
+    slabs.push_back(slab);
+    char* first = reinterpret_cast<char*>(slab) + kSlabHeadBytes;
     // Highest first, so blocks are handed out in address order.
-    for (size_t i = count; i-- > 0;) free[c].push_back(chunk + i * kClassSize[c]);
+    for (size_t i = count; i-- > 0;) free[c].push_back(first + i * kClassSize[c]);
   }
 };
 
@@ -186,7 +188,7 @@ void give(int c, void* block) noexcept {
 
 __attribute__((noinline)) void* poolAlloc(size_t size) {
   int c = kPooled ? classOf(size) : -1;
-  if (c >= 0) return take(c);
+  if (c >= 0) return bulkBuilding() ? chunkBlock(size) : take(c);
   void* p = std::malloc(size ? size : 1);
   if (!p) throw ZrError(Zrad::eOutOfMemory);
   return p;
@@ -195,8 +197,9 @@ __attribute__((noinline)) void* poolAlloc(size_t size) {
 __attribute__((noinline)) void poolFree(void* block, size_t size) {
   if (!block) return;
   int c = kPooled ? classOf(size) : -1;
-  if (c >= 0) give(c, block);
-  else std::free(block);
+  if (c < 0) std::free(block);
+  else if (slabOf(block)->chunk) freeChunkBlock(block);
+  else give(c, block);
 }
 
 }  // namespace zrad::json
@@ -206,11 +209,15 @@ static_assert(sizeof(ElementValue) == zrad::json::kClassSize[0], "elements fill 
 
 namespace zrad::json {
 
-void* elementBlock() { return kPooled ? take(0) : poolAlloc(sizeof(ElementValue)); }
+void* elementBlock() {
+  if (!kPooled) return poolAlloc(sizeof(ElementValue));
+  return bulkBuilding() ? chunkBlock(sizeof(ElementValue)) : take(0);
+}
 
 void freeElementBlock(void* block) {
-  if (kPooled) give(0, block);
-  else poolFree(block, sizeof(ElementValue));
+  if (!kPooled) poolFree(block, sizeof(ElementValue));
+  else if (slabOf(block)->chunk) freeChunkBlock(block);
+  else give(0, block);
 }
 
 }  // namespace zrad::json

@@ -1,4 +1,5 @@
-// The element pool: small blocks of the element tree from per-thread free lists.
+// The element pool: small blocks of the element tree from per-thread free lists, or laid out in
+// order in chunks while a tree is built in one go.
 #pragma once
 
 #include <cstddef>
@@ -13,5 +14,31 @@ void poolFree(void* block, size_t size);
 // The block of one ElementValue, and its return.
 void* elementBlock();
 void freeElementBlock(void* block);
+
+// While a BulkBuild is open on a thread, the small blocks the thread asks for (elements, texts,
+// names, member blocks up to 1 KiB) are cut one after another from the thread's current chunk,
+// so a tree read, cloned or decoded in one go lies in memory in the order its walks visit it.
+// Each block still goes back on its own; a chunk is given back when its last block is.
+class BulkBuild {
+ public:
+  BulkBuild();
+  ~BulkBuild();
+  BulkBuild(const BulkBuild&) = delete;
+  BulkBuild& operator=(const BulkBuild&) = delete;
+
+ private:
+  bool m_open;
+};
+
+// Inside a FreeBatch, blocks given back to chunks are counted off once per run of blocks of
+// the same chunk rather than once per block (a tree is dropped in the order it was laid out);
+// the outermost batch settles the last run when it ends. Defined in element_slab.h.
+class FreeBatch {
+ public:
+  inline FreeBatch();
+  inline ~FreeBatch();
+  FreeBatch(const FreeBatch&) = delete;
+  FreeBatch& operator=(const FreeBatch&) = delete;
+};
 
 }  // namespace zrad::json

@@ -1,13 +1,15 @@
 // JSON text reader: builds elements straight from RapidJSON's SAX events.
 //
-// The parser runs in place on a copy, in its iterative mode: it accepts exactly the texts of its
-// default mode, but keeps its open containers on a heap stack, so texts of any depth are read
-// without deepening the thread's stack. The handler builds nodes as events arrive (no
+// The parser runs in place on a copy. Its recursive mode reads a text nested up to
+// kRecursiveDepth levels; a deeper text is read again by its iterative mode, which accepts
+// exactly the same texts but keeps its open containers on a heap stack, so texts of any depth
+// are read without deepening the thread's stack. The handler builds nodes as events arrive (no
 // intermediate document). Object entries gather on one shared stack and become a sorted block
 // when the object ends; array items likewise.
 #include <rapidjson/error/en.h>
 #include <rapidjson/reader.h>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -20,9 +22,14 @@
 namespace zrad::json {
 namespace {
 
+// The recursive mode costs about 15% less per text than the iterative one (json_bench read_*)
+// and needs a few hundred bytes of stack per level.
+constexpr size_t kRecursiveDepth = 200;
+
 class TreeBuilder {
  public:
-  TreeBuilder() = default;
+  // Refuses to open more than `maxDepth` containers (tooDeep() tells).
+  explicit TreeBuilder(size_t maxDepth) : m_maxDepth(maxDepth) {}
   TreeBuilder(const TreeBuilder&) = delete;
   TreeBuilder& operator=(const TreeBuilder&) = delete;
   ~TreeBuilder() {
@@ -36,6 +43,7 @@ class TreeBuilder {
 
   // The finished root, owned by the caller.
   ElementValue* takeRoot() { return std::exchange(m_root, nullptr); }
+  bool tooDeep() const { return m_frames.size() >= m_maxDepth; }
 
   bool Null() {
     // A null property becomes an empty String; a null item or root stays a null element.
@@ -96,6 +104,7 @@ class TreeBuilder {
   bool inObject() const { return !m_frames.empty() && m_frames.back().object; }
 
   bool open(bool object) {
+    if (tooDeep()) return false;
     m_frames.push_back({object, m_pendingReadOnly, object ? m_entries.size() : m_items.size()});
     m_pendingReadOnly = false;
     return true;
@@ -132,6 +141,7 @@ class TreeBuilder {
   ShapeMemo m_shapes;
   bool m_pendingReadOnly = false;  // the last name began with '*'
   ElementValue* m_root = nullptr;
+  size_t m_maxDepth;
 };
 
 // Moves the content of `built` (owned, released here) into `target`.
@@ -168,22 +178,32 @@ bool parse(ElementValue& target, std::string_view text, ParseFailure* failure) {
   // Parsing a private copy in place decodes each string straight into the copy, where the
   // plain mode pushes it byte by byte onto the parser's stack; the grammar is the same.
   std::unique_ptr<char[]> copy(new char[text.size() + 1]);
-  std::memcpy(copy.get(), text.data(), text.size());
-  copy[text.size()] = 0;
-  if (!tameNumbers(copy.get(), text.size())) {
+  auto fill = [&] {
+    std::memcpy(copy.get(), text.data(), text.size());
+    copy[text.size()] = 0;
+    return tameNumbers(copy.get(), text.size());
+  };
+  if (!fill()) {
     if (failure) *failure = {0, "a number with more digits than the reader accepts"};
     return false;
   }
-  TreeBuilder builder;
+  BulkBuild bulk;
   rapidjson::Reader reader;
+  constexpr unsigned kFlags = rapidjson::kParseDefaultFlags | rapidjson::kParseInsituFlag;
+  auto builder = std::make_unique<TreeBuilder>(kRecursiveDepth);
   rapidjson::InsituStringStream stream(copy.get());
-  constexpr unsigned kFlags = rapidjson::kParseDefaultFlags | rapidjson::kParseInsituFlag | rapidjson::kParseIterativeFlag;
-  rapidjson::ParseResult result = reader.Parse<kFlags>(stream, builder);
+  rapidjson::ParseResult result = reader.Parse<kFlags>(stream, *builder);
+  if (result.IsError() && builder->tooDeep()) {  // the copy is decoded in part: start afresh
+    fill();
+    builder = std::make_unique<TreeBuilder>(SIZE_MAX);
+    rapidjson::InsituStringStream again(copy.get());
+    result = reader.Parse<kFlags | rapidjson::kParseIterativeFlag>(again, *builder);
+  }
   if (result.IsError()) {
     if (failure) *failure = {result.Offset(), rapidjson::GetParseError_En(result.Code())};
     return false;
   }
-  applyTo(target, builder.takeRoot());
+  applyTo(target, builder->takeRoot());
   return true;
 }
 
