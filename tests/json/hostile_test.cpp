@@ -144,6 +144,9 @@ TEST(HostileInput, DeepTreesOfOtherClasses) {
 
 // The binary reader counts a length as signed 32 bits: a longer text would come back as "".
 TEST(HostileInput, BinaryRefusesTextsTheReaderCannotTake) {
+#ifdef __SANITIZE_THREAD__
+  GTEST_SKIP() << "a 2 GiB string under ThreadSanitizer's shadow memory outgrows the machine";
+#endif
   std::string bytes(size_t(1) << 31, 'a');
   ZrJsonPtr big = ElementValue::createObject(etString);
   big->set_values(ZrUtf8String(std::move(bytes)));
