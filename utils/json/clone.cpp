@@ -81,12 +81,11 @@ ZrJsonPtr copyThroughInterface(const IElementValueBase& source) {
   return copy;
 }
 
-// A copy of one element without its members, as a reference the caller owns. Read-only
-// elements are shared, not copied.
-IElementValueBase* copyShallow(const IElementValueBase& source) {
-  const ElementValue* own = asElement(&source);
-  if (own && !isReadOnly(ElementAccess::type(*own))) return copyFields(*own);
-  ZrJsonPtr copy = copyThroughInterface(source);
+// A copy of the element the walk met, without its members, as a reference the caller owns.
+// Read-only elements are shared, not copied.
+IElementValueBase* copyShallow(const Member& m) {
+  if (m.own && !isReadOnly(ElementAccess::type(*m.own))) return copyFields(*m.own);
+  ZrJsonPtr copy = copyThroughInterface(*m.element);
   copy->AddRef();
   return copy.get();
 }
@@ -100,12 +99,12 @@ class CloneVisitor {
   ZrJsonPtr copy;
 
   bool leaf(const Member& m) {
-    place(m, m.element ? copyShallow(*m.element) : nullptr);
+    place(m, m.element ? copyShallow(m) : nullptr);
     return true;
   }
 
   Enter open(const Member& m, uint32_t count) {
-    IElementValueBase* made = copyShallow(*m.element);
+    IElementValueBase* made = copyShallow(m);
     place(m, made);
     if (made == m.element) return Enter::kSkip;  // read-only: shared with its members
     auto& container = static_cast<ElementValue&>(*made);
