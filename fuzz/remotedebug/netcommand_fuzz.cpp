@@ -9,16 +9,20 @@
 #include <zrad/files.h>
 #include <zrad/remotedebug.h>
 
+#include "common/scratch_dir.h"
+
 namespace {
 
+// The directory the commands work in.
+struct CommandDir {
+  const ScratchDir dir{"zrad-netcommand-fuzz"};
+  const ZrUtf8String path{dir.path().c_str()};
+  CommandDir() { CNetCommand::setCurrentDir(ZrString(path)); }
+};
+
 const ZrUtf8String& scratchDir() {
-  static const ZrUtf8String dir = [] {
-    char pattern[] = "/tmp/zrad-netcommand-fuzz-XXXXXX";
-    ZrUtf8String made(mkdtemp(pattern));
-    CNetCommand::setCurrentDir(ZrString(made));
-    return made;
-  }();
-  return dir;
+  static const CommandDir commands;
+  return commands.path;
 }
 
 bool leavesScratchDir(const uint8_t* data, size_t size) {

@@ -8,26 +8,24 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "common/scratch_dir.h"
 #include "remotedebug/rooted_files.h"
 
 namespace {
 
 struct Tree {
-  std::string top, root, outside;
+  const ScratchDir scratch{"zrad-rooted"};
+  const std::string& top = scratch.path();
+  const std::string root = top + "/root";
+  const std::string outside = top + "/outside";
   Tree() {
-    char pattern[] = "/tmp/zrad-rooted-XXXXXX";
-    top = mkdtemp(pattern);
-    root = top + "/root";
-    outside = top + "/outside";
     mkdir(root.c_str(), 0777);
     mkdir(outside.c_str(), 0777);
     std::ofstream(outside + "/secret") << "secret";
   }
-  ~Tree() { std::filesystem::remove_all(top); }
   // The links an input may have removed or renamed come back.
   void restore() const {
     mkdir(root.c_str(), 0777);
