@@ -3,11 +3,13 @@
 //
 //   replay_<target> DIR_OR_FILE...   runs every regular file found (directories recursively)
 // Fails when nothing was found: a corpus that went missing is a fault too.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,10 +17,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 namespace fs = std::filesystem;
 
+// Like libFuzzer, hands over a heap copy of exactly the input's size, never a null pointer
+// (an empty input included).
 static void replay(const fs::path& file) {
   std::ifstream in(file, std::ios::binary);
   std::vector<char> bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
+  std::unique_ptr<uint8_t[]> copy(new uint8_t[bytes.size()]);
+  std::copy(bytes.begin(), bytes.end(), copy.get());
+  LLVMFuzzerTestOneInput(copy.get(), bytes.size());
 }
 
 int main(int argc, char** argv) {
