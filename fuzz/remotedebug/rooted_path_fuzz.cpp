@@ -1,7 +1,8 @@
 // Fuzz target: peer-given paths through the restricted root's file operations. Beneath the root
 // lie links to an outside directory (absolute, relative, "..") that holds one secret file;
 // whatever the paths, nothing outside may change and every descriptor opened must lie beneath
-// the root. The first byte picks the operation, a NUL splits the first path from the second.
+// the root. The first byte picks the operation, the first NUL splits the first path from the
+// second; the second keeps any further NUL, as a peer's name may hold one.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -58,8 +59,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   tree.restore();
   const std::string input(reinterpret_cast<const char*>(data) + 1, size - 1);
   const size_t split = input.find('\0');
-  const ZrUtf8String first = input.substr(0, split).c_str();
-  const ZrUtf8String second = split == std::string::npos ? "" : input.substr(split + 1).c_str();
+  const ZrUtf8String first = input.substr(0, split);
+  const ZrUtf8String second = split == std::string::npos ? "" : input.substr(split + 1);
   zrad::remote::RootedFiles files(open(tree.root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   switch (data[0] % 6) {
     case 0: {
