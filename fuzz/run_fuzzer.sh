@@ -10,7 +10,7 @@ fuzzer=$1 seconds=$2 work=$3
 shift 3
 rm -rf "$work"
 mkdir -p "$work/corpus" "$work/artifacts"
-cd "$work"
+cd "$work" || exit 1
 "$fuzzer" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
   -artifact_prefix="$work/artifacts/" corpus "$@" && exit 0
 for input in artifacts/*; do
