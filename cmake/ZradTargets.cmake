@@ -5,10 +5,11 @@
 #   zrad_add_test(json SOURCES a_test.cpp ... [LIBS ...])
 #     test_json, linked with the objects of json and everything it depends on, run by ctest
 #   zrad_add_bench(json_bench SOURCES ... [LIBS ...])   Google Benchmark program on libzradutils
-#   zrad_add_fuzz(json_text SOURCES ... SUBSYSTEMS json)  libFuzzer target fuzz_json_text; in
-#     test builds instead a program replay_json_text that runs the seed corpus
-#     fuzz/<family>/corpus/json_text/ and the kept inputs tests/data/<family>/json_text/
-#     through the same entry point, as the test fuzz_json_text
+#   zrad_add_fuzz(json_text SOURCES ... SUBSYSTEMS json)  libFuzzer target fuzz_json_text, part
+#     of the target `fuzzers`, and the test fuzz_json_text that fuzzes it for ZRAD_FUZZ_SECONDS
+#     from the seed corpus fuzz/<family>/corpus/json_text/ and the kept inputs
+#     tests/data/<family>/json_text/; in test builds instead a program replay_json_text that
+#     runs those inputs through the same entry point, as the test fuzz_json_text
 #   zrad_add_family_dirs()  adds every subdirectory of the current one that has a CMakeLists.txt
 
 function(zrad_add_subsystem name)
@@ -74,20 +75,32 @@ function(zrad_add_fuzz name)
       return()  # a subsystem left out of this build
     endif()
   endforeach()
+  get_filename_component(family ${CMAKE_CURRENT_SOURCE_DIR} NAME)
+  set(seeds ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name})
+  set(kept ${PROJECT_SOURCE_DIR}/tests/data/${family}/${name})
   if(ZRAD_FUZZ)
     set(target fuzz_${name})
     add_executable(${target} ${ARG_SOURCES})
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer)
     target_link_options(${target} PRIVATE -fsanitize=fuzzer)
+    if(NOT TARGET fuzzers)
+      add_custom_target(fuzzers)
+    endif()
+    add_dependencies(fuzzers ${target})
+    if(NOT EXISTS ${kept})
+      set(kept "")  # libFuzzer refuses a corpus directory that is not there
+    endif()
+    add_test(NAME fuzz_${name}
+             COMMAND sh ${PROJECT_SOURCE_DIR}/fuzz/run_fuzzer.sh $<TARGET_FILE:${target}>
+                     ${ZRAD_FUZZ_SECONDS} ${CMAKE_CURRENT_BINARY_DIR}/run/${name} ${seeds} ${kept})
   else()
     set(target replay_${name})
     add_executable(${target} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp)
-    get_filename_component(family ${CMAKE_CURRENT_SOURCE_DIR} NAME)
-    add_test(NAME fuzz_${name} COMMAND ${target} ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name}
-             ${PROJECT_SOURCE_DIR}/tests/data/${family}/${name})
+    add_test(NAME fuzz_${name} COMMAND ${target} ${seeds} ${kept})
   endif()
   _zrad_link_subsystems(${target} ${ARG_SUBSYSTEMS})
   target_link_libraries(${target} PRIVATE ${ARG_LIBS})
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/fuzz)  # common/
 endfunction()
 
 function(zrad_add_family_dirs)

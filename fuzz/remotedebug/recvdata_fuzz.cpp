@@ -2,7 +2,6 @@
 //
 // Whatever the bytes claim, recvData must return 0 or -1 without crashing, without reserving
 // memory for lengths that never arrive, and without leaving temporary files behind.
-#include <stdlib.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -13,16 +12,19 @@
 #include <zrad/files.h>
 #include <zrad/remotedebug.h>
 
+#include "common/scratch_dir.h"
+
 namespace {
 
+// The temporary directory of received files, which must be empty between inputs.
+struct ReceiveDir {
+  const ScratchDir dir{"zradfuzz-recv"};
+  ReceiveDir() { setTempPath(dir.path().c_str()); }
+};
+
 const std::string& scratchDir() {
-  static const std::string dir = [] {
-    char pattern[] = "/tmp/zradfuzz-recv-XXXXXX";
-    std::string made = mkdtemp(pattern) ? pattern : "/tmp";
-    setTempPath(made.c_str());
-    return made;
-  }();
-  return dir;
+  static const ReceiveDir received;
+  return received.dir.path();
 }
 
 }  // namespace

@@ -1,33 +1,32 @@
 // Fuzz target: peer-given paths through the restricted root's file operations. Beneath the root
 // lie links to an outside directory (absolute, relative, "..") that holds one secret file;
 // whatever the paths, nothing outside may change and every descriptor opened must lie beneath
-// the root. The first byte picks the operation, a NUL splits the first path from the second.
+// the root. The first byte picks the operation, the first NUL splits the first path from the
+// second; the second keeps any further NUL, as a peer's name may hold one.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "common/scratch_dir.h"
 #include "remotedebug/rooted_files.h"
 
 namespace {
 
 struct Tree {
-  std::string top, root, outside;
+  const ScratchDir scratch{"zrad-rooted"};
+  const std::string& top = scratch.path();
+  const std::string root = top + "/root";
+  const std::string outside = top + "/outside";
   Tree() {
-    char pattern[] = "/tmp/zrad-rooted-XXXXXX";
-    top = mkdtemp(pattern);
-    root = top + "/root";
-    outside = top + "/outside";
     mkdir(root.c_str(), 0777);
     mkdir(outside.c_str(), 0777);
     std::ofstream(outside + "/secret") << "secret";
   }
-  ~Tree() { std::filesystem::remove_all(top); }
   // The links an input may have removed or renamed come back.
   void restore() const {
     mkdir(root.c_str(), 0777);
@@ -60,8 +59,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   tree.restore();
   const std::string input(reinterpret_cast<const char*>(data) + 1, size - 1);
   const size_t split = input.find('\0');
-  const ZrUtf8String first = input.substr(0, split).c_str();
-  const ZrUtf8String second = split == std::string::npos ? "" : input.substr(split + 1).c_str();
+  const ZrUtf8String first = input.substr(0, split);
+  const ZrUtf8String second = split == std::string::npos ? "" : input.substr(split + 1);
   zrad::remote::RootedFiles files(open(tree.root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   switch (data[0] % 6) {
     case 0: {

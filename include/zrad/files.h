@@ -265,7 +265,8 @@ ZRAD_EXPORT bool isSubDirOrSameDirByInode(const char* a, const char* b);
 
 // ---------------------------------------------------------------------------------------------
 // Creating, removing, copying and moving. None of them rolls back a partial result, but no
-// failure ever removes a source that was not copied completely.
+// failure ever removes a source that was not copied completely. A path with a zero byte inside
+// names no file: each of them gives false for it and touches nothing.
 
 // Creates the directory and its missing parents (mode 0777 before umask); true when it exists
 // afterwards. Empty path: false. Failures are logged at level 5.

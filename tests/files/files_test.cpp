@@ -211,6 +211,23 @@ TEST(FileTree, CreateCleanAndRemoveNeverFollowLinks) {
   EXPECT_TRUE(zrutRemoveFile((dir / "outside").c_str()));
   EXPECT_FALSE(exists(dir / "outside"));
   EXPECT_FALSE(zrutCleanPath((dir / "nothing").c_str()));
+
+  // A zero byte inside a path: the system sees the text before it only. A walk that took the
+  // whole text would list "kept" again below itself without end.
+  writeFile(dir / "kept/sub/f", "f");
+  const ZrUtf8String zeroed(std::string(dir / "kept") + std::string("\0/sub", 5));
+  const ZrUtf8String plain((dir / "copy").c_str());
+  EXPECT_FALSE(zrutRemoveFile(std::string(dir / "kept/sub/f") + std::string("\0x", 2)));
+  EXPECT_FALSE(zrutRemoveFile(zeroed));
+  EXPECT_FALSE(zrutRemovePath(zeroed));
+  EXPECT_FALSE(zrutCleanPath(zeroed));
+  EXPECT_FALSE(zrutCopyFile(zeroed, plain));
+  EXPECT_FALSE(zrutCopyPath(zeroed, plain));
+  EXPECT_FALSE(zrutMoveFile(zeroed, plain));
+  EXPECT_FALSE(zrutMovePath(zeroed, plain));
+  EXPECT_FALSE(zrutCreateDir(zeroed));
+  EXPECT_EQ(readFile(dir / "kept/sub/f"), "f");
+  EXPECT_FALSE(exists(dir / "copy"));
 }
 
 // "seconds.nanoseconds" of the last change.

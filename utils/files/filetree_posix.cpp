@@ -27,6 +27,11 @@ static const char kLogSource[] = "utils/zrfiletools";
 
 namespace {
 
+// A path with a zero byte inside names no file. The system would see only the text before the
+// zero while the walks build child paths from the whole text: each child path would then name
+// the same directory again, and a walk would descend without end.
+bool hasZeroByte(const ZrUtf8String& path) { return path.str().find('\0') != std::string::npos; }
+
 bool isSymlink(const ZrUtf8String& path) {
   struct stat st;
   return lstat(path.c_str(), &st) == 0 && S_ISLNK(st.st_mode);
@@ -114,7 +119,7 @@ bool moveTree(const ZrUtf8String& source, const ZrUtf8String& destination) {
 }  // namespace
 
 bool zrutCreateDir(const ZrUtf8String& path) {
-  if (path.isEmpty()) return false;
+  if (path.isEmpty() || hasZeroByte(path)) return false;
   ZrUtf8String dir = zrad::files::withSlashes(path);
   if (isDir(dir)) return true;
   ZrUtf8String parent = zrutGetParentDir(dir);
@@ -126,17 +131,20 @@ bool zrutCreateDir(const ZrUtf8String& path) {
 }
 
 bool zrutRemoveFile(const ZrUtf8String& path) {
+  if (hasZeroByte(path)) return false;
   if (isDir(path)) return zrutRemovePath(path);
   return remove(path.c_str()) == 0;
 }
 
 bool zrutRemovePath(const ZrUtf8String& path) {
+  if (hasZeroByte(path)) return false;
   ZrUtf8String dir = withoutTrailingSlashes(path);
   if (isSymlink(dir)) return unlink(dir.c_str()) == 0;
   return zrutCleanPath(dir) && rmdir(dir.c_str()) == 0;
 }
 
 bool zrutCleanPath(const ZrUtf8String& directory) {
+  if (hasZeroByte(directory)) return false;
   DirReader listing(directory.c_str());
   if (!listing.isOpen()) return false;
   while (const dirent* entry = listing.next()) {
@@ -150,7 +158,8 @@ bool zrutCleanPath(const ZrUtf8String& directory) {
 }
 
 bool zrutCopyFile(const ZrUtf8String& source, const ZrUtf8String& destination) {
-  if (source.isEmpty() || destination.isEmpty()) return false;
+  if (source.isEmpty() || destination.isEmpty() || hasZeroByte(source) || hasZeroByte(destination))
+    return false;
   if (isDir(source)) return zrutCopyPath(source, destination);
   int from = open(source.c_str(), O_RDONLY | O_CLOEXEC);
   if (from < 0) return false;
@@ -179,17 +188,22 @@ bool zrutCopyFile(const ZrUtf8String& source, const ZrUtf8String& destination) {
 }
 
 bool zrutCopyPath(const ZrUtf8String& source, const ZrUtf8String& destination) {
-  if (source.isEmpty() || destination.isEmpty() || landsInside(source, destination)) return false;
+  if (source.isEmpty() || destination.isEmpty() || hasZeroByte(source) ||
+      hasZeroByte(destination) || landsInside(source, destination))
+    return false;
   return copyTree(source, destination);
 }
 
 bool zrutMovePath(const ZrUtf8String& source, const ZrUtf8String& destination) {
-  if (source.isEmpty() || destination.isEmpty() || landsInside(source, destination)) return false;
+  if (source.isEmpty() || destination.isEmpty() || hasZeroByte(source) ||
+      hasZeroByte(destination) || landsInside(source, destination))
+    return false;
   return moveTree(source, destination);
 }
 
 bool zrutMoveFile(const ZrUtf8String& source, const ZrUtf8String& destination) {
-  if (source.isEmpty() || destination.isEmpty()) return false;
+  if (source.isEmpty() || destination.isEmpty() || hasZeroByte(source) || hasZeroByte(destination))
+    return false;
   if (isDir(source) && !isSymlink(withoutTrailingSlashes(source))) {
     return !landsInside(source, destination) && moveDirectory(source, destination);
   }
