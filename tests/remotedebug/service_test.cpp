@@ -1,7 +1,10 @@
 // The service on 127.0.0.1: port stepping, uploads whose peers vanish at every point of their
 // frame, a file-size limit hit while receiving, and thirty-two clients running mixed commands.
+#include <netinet/in.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -44,6 +47,27 @@ ZrSmartPtr<CountingService> startCountingService() {
   return service;
 }
 
+// True when nothing listens on or holds 127.0.0.1:`port`.
+bool portFree(unsigned port) {
+  const int sock = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<uint16_t>(port));
+  const bool bound = bind(sock, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+  close(sock);
+  return bound;
+}
+
+// A port p below the range the system hands out for outgoing connections, with p, p+1 and p+3
+// free, so that a busy machine's connections cannot take a step's port in the meantime.
+unsigned steppingBase() {
+  for (unsigned p = 20000 + static_cast<unsigned>(getpid()) % 5000; p < 32000; p += 7) {
+    if (portFree(p) && portFree(p + 1) && portFree(p + 3)) return p;
+  }
+  return 0;
+}
+
 struct Service : ::testing::Test {
   TestDir dir;
   void SetUp() override {
@@ -61,8 +85,10 @@ struct Service : ::testing::Test {
 
 TEST_F(Service, BindStepsCumulativelyAndStopsCleanly) {
   // Two services hold p and p+1, so a third asked for p tries p, p+1 and lands on p+3.
-  auto first = startService();
-  const unsigned p = first->getPort();
+  const unsigned p = steppingBase();
+  ASSERT_NE(p, 0u);
+  auto first = startService({}, p);
+  EXPECT_EQ(first->getPort(), p);
   auto second = startService({}, p);
   EXPECT_EQ(second->getPort(), p + 1);
   const int descriptors = openDescriptors();
