@@ -3,6 +3,7 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -68,14 +69,31 @@ ZrSmartPtr<RvRemoteDebugClient> connectClient(unsigned port) {
   return client;
 }
 
-int rawConnect(unsigned port) {
-  const int sock = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+namespace {
+
+sockaddr_in loopback(unsigned port) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   address.sin_port = htons(static_cast<uint16_t>(port));
-  EXPECT_EQ(connect(sock, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  return address;
+}
+
+}  // namespace
+
+int rawConnect(unsigned port) {
+  const int sock = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const sockaddr_in address = loopback(port);
+  EXPECT_EQ(connect(sock, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
   return sock;
+}
+
+bool portFree(unsigned port) {
+  const int sock = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const sockaddr_in address = loopback(port);
+  const bool bound = bind(sock, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  close(sock);
+  return bound;
 }
 
 std::string command(RvRemoteDebugClient& client, const char* word, const std::string& arg1,

@@ -124,6 +124,8 @@ ZrSmartPtr<RvRemoteDebugService> startService(const RvServiceProtections& protec
 ZrSmartPtr<RvRemoteDebugClient> connectClient(unsigned port);
 // A bare TCP connection to 127.0.0.1:`port`.
 int rawConnect(unsigned port);
+// True when nothing listens on or holds 127.0.0.1:`port`.
+bool portFree(unsigned port);
 // Runs one console command and waits for it: its answer texts joined by " | ", "<none>" when
 // it has none, "<failed>" when the conversation did not finish.
 std::string command(RvRemoteDebugClient& client, const char* word, const std::string& arg1 = "",

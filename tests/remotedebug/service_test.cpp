@@ -1,9 +1,7 @@
 // The service on 127.0.0.1: port stepping, uploads whose peers vanish at every point of their
 // frame, a file-size limit hit while receiving, and thirty-two clients running mixed commands.
-#include <netinet/in.h>
 #include <signal.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -45,18 +43,6 @@ ZrSmartPtr<CountingService> startCountingService() {
   service->setBindAddress("127.0.0.1");
   EXPECT_TRUE(service->execute("service"));
   return service;
-}
-
-// True when nothing listens on or holds 127.0.0.1:`port`.
-bool portFree(unsigned port) {
-  const int sock = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<uint16_t>(port));
-  const bool bound = bind(sock, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-  close(sock);
-  return bound;
 }
 
 // A port p below the range the system hands out for outgoing connections, with p, p+1 and p+3
