@@ -9,8 +9,10 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
+#include <system_error>
 
 #include "common/scratch_dir.h"
 #include "remotedebug/rooted_files.h"
@@ -27,8 +29,11 @@ struct Tree {
     mkdir(outside.c_str(), 0777);
     std::ofstream(outside + "/secret") << "secret";
   }
-  // The links an input may have removed or renamed come back.
-  void restore() const {
+  // Each input starts from the same root: what an earlier one made is gone (so the tree does
+  // not grow through a long run and an input found replays alike), the links are back.
+  void reset() const {
+    std::error_code ignored;
+    std::filesystem::remove_all(root, ignored);
     mkdir(root.c_str(), 0777);
     symlink(outside.c_str(), (root + "/abs").c_str());
     symlink("../outside", (root + "/rel").c_str());
@@ -56,7 +61,7 @@ bool beneath(int fd, const std::string& root) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const Tree tree;
   if (size == 0) return 0;
-  tree.restore();
+  tree.reset();
   const std::string input(reinterpret_cast<const char*>(data) + 1, size - 1);
   const size_t split = input.find('\0');
   const ZrUtf8String first = input.substr(0, split);

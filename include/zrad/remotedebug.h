@@ -478,6 +478,9 @@ class ZRAD_EXPORT RvRemoteDebugClient : public RvRemoteDebugCommunication {
 //   ("UP", "此文件（夹）不存在！"). A DOWN whose copy fails shows nothing.
 // - R with an empty name answers "删除失败！" and removes nothing: with the empty current
 //   directory the path would be "/" itself.
+// - UP, DOWN, MD, R, RN and CP whose name holds a zero character act on nothing and answer as
+//   their operation failed ("上传失败！", "此文件（夹）不存在！", "新建失败！", "删除失败！",
+//   nothing, "复制失败！"): the name cut at its zero would be another file's.
 // - Both UP and DOWN take the stored name from the argument's last name, not from the
 //   temporary name the file travelled under.
 // - A name without "." has no extension when a free name is made: README, README-副本.

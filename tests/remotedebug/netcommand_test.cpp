@@ -131,6 +131,40 @@ TEST_F(NetCommandTest, EveryCommandAnswersAsItsRowSays) {
   EXPECT_EQ(down.reply->getFilePath(1).str(), dir / "a.txt");
 }
 
+TEST_F(NetCommandTest, NamesHoldingAZeroActOnNothing) {
+  // Cut at its zero, "x\0y" would name x: made, renamed, removed, copied or sent.
+  writeFile(dir / "x", "kept");
+  writeFile(dir / "up", "uploaded");
+  const ZrString cut(L"x\0y", 3);
+  const std::string up = dir / "up";
+  struct Row {
+    const wchar_t* word;
+    ZrString arg1, arg2;
+    const char* attached;
+    std::vector<std::string> texts;
+  };
+  const Row rows[] = {
+      {L"MD", ZrString(L"d\0", 2), L"", nullptr, {"新建失败！"}},
+      {L"RN", cut, L"z", nullptr, {}},
+      {L"RN", L"x", ZrString(L"z\0", 2), nullptr, {}},
+      {L"R", cut, L"", nullptr, {"删除失败！"}},
+      {L"CP", cut, L"z", nullptr, {"复制失败！"}},
+      {L"CP", L"x", ZrString(L"x\0z", 3), nullptr, {"复制失败！"}},
+      {L"UP", cut, L"", up.c_str(), {"上传失败！"}},
+      {L"DOWN", cut, L"", nullptr, {"此文件（夹）不存在！"}},
+  };
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    const Served served = serve(rows[i].word, rows[i].arg1, rows[i].arg2, rows[i].attached);
+    EXPECT_TRUE(served.keepOpen) << "row " << i;
+    EXPECT_EQ(served.texts, rows[i].texts) << "row " << i;
+    EXPECT_EQ(served.reply->fileCount(), 0) << "row " << i;
+  }
+  EXPECT_FALSE(exists(dir / "d"));
+  EXPECT_FALSE(exists(dir / "z"));
+  EXPECT_FALSE(exists(dir / "x-副本"));
+  EXPECT_EQ(readFile(dir / "x"), "kept");
+}
+
 TEST_F(NetCommandTest, RefusedRequestsEndTheConversationWithoutAnswer) {
   // An unknown word, a payload cut short, and a handler asked under another request id.
   EXPECT_FALSE(serve(L"NOPE").keepOpen);

@@ -16,9 +16,10 @@
 #include "remotedebug/payload.h"
 
 using zrad::remote::connectionGuard;
-using zrad::remote::findCommandHandler;
+using zrad::remote::findCommand;
 using zrad::remote::HeldPath;
 using zrad::remote::joinToCurrentDir;
+using zrad::remote::kMissingFile;
 using zrad::remote::readPayloadString;
 using zrad::remote::writePayloadString;
 
@@ -29,7 +30,6 @@ int CNetCommand::iReqId = 1;
 namespace {
 
 const char kLogSource[] = "utils/netcommand";
-const wchar_t kMissingFile[] = L"此文件（夹）不存在！";
 
 ZrUtf8String utf8(const ZrString& text) { return ZrUtf8String(text); }
 
@@ -109,8 +109,8 @@ bool CNetCommand::OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
   if (!readPayloadString(*in, m_word) || !readPayloadString(*in, m_arg1) ||
       !readPayloadString(*in, m_arg2))
     return false;
-  const Handler handler = findCommandHandler(m_word);
-  if (!handler) {
+  const zrad::remote::Command* command = findCommand(m_word);
+  if (!command) {
     ZRAD_LOG(5, kLogSource, "%s, this:%p, Unkown cmd:%s", "OnReceiveData",
              static_cast<void*>(this), utf8(m_word).c_str());
     return false;
@@ -119,13 +119,19 @@ bool CNetCommand::OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
     answer(reply, L"请先验证！");
     return true;  // the client ends the conversation on the answer
   }
-  return (this->*handler)(reqId, received, reply);
+  // The file functions would see such a name cut short at its zero and act on another file.
+  if (command->namesFiles && (m_arg1.find(L'\0') >= 0 || m_arg2.find(L'\0') >= 0)) {
+    ZRAD_LOG(5, kLogSource, "%s refused: a file name holds a zero character", utf8(m_word).c_str());
+    if (command->failed) answer(reply, command->failed);
+    return true;
+  }
+  return (this->*command->handler)(reqId, received, reply);
 }
 
 bool CNetCommand::openConversation(ZrSmartPtr<RvNetPackage> request) {
   m_opened = true;
   m_word.makeUpper();
-  if (!findCommandHandler(m_word)) return false;
+  if (!findCommand(m_word)) return false;
   if (m_word == L"UP" && (!isTransferable(utf8(m_arg1)) || request->putFile(utf8(m_arg1), false) < 0)) {
     deliver({kMissingFile}, ZrString());
     return false;
