@@ -23,6 +23,7 @@ expect 0 'rand: OK\nabc: OK\n' '' md5 -c sums
 printf 'x' >> abc
 expect 1 'rand: OK\nabc: FAILED\n' 'zrad md5: WARNING: 1 computed checksum(s) did NOT match' md5 --check sums
 expect 1 '' 'zrad md5: sub: Is a directory' md5 sub
+expect 1 '' 'zrad md5: empty: no "DIGEST  NAME" lines found' md5 -c empty
 
 # base64: coreutils' text both ways; invalid input is refused whole unless --lenient.
 expect 0 "$b64_rand\n" '' base64 rand

@@ -68,7 +68,7 @@ int checkList(const std::string& list, int& mismatches, int& unreadable) {
   std::string text, cause;
   if (!readAll(list, text, cause)) return fail(operandName(list, true), cause);
   int status = kOk;
-  size_t lineNumber = 0;
+  size_t lineNumber = 0, checked = 0;
   for (size_t start = 0; start < text.size();) {
     size_t end = text.find('\n', start);
     if (end == std::string::npos) end = text.size();
@@ -83,6 +83,7 @@ int checkList(const std::string& list, int& mismatches, int& unreadable) {
     }
     const std::string name = line.substr(gap + 2);
     shortForm = gap == 16;
+    ++checked;
     const std::string digest = digestOf(name, cause);
     if (digest.empty()) {
       fail(name, cause);
@@ -94,6 +95,8 @@ int checkList(const std::string& list, int& mismatches, int& unreadable) {
       ++mismatches;
     }
   }
+  // A list that checks nothing must not pass as if every file were intact.
+  if (checked == 0 && status == kOk) status = fail(operandName(list, true), "no \"DIGEST  NAME\" lines found");
   return status;
 }
 
