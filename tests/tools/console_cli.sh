@@ -65,6 +65,11 @@ check "no answer in time fails with 1" sh -c "test $? -eq 1 && grep -q 'no answe
 (cd "$dir/loc" && printf 'MD made\nLS\n' | timeout 30 "$zrad" console --local > "$dir/out")
 check "--local exits 0" test $? -eq 0
 check "--local works in the current directory" sh -c "test -d '$dir/loc/made' && grep -qx made '$dir/out'"
+# The console's own service sees its peer leave when the console ends: no news to the user.
+for input in '' 'HELLO\n' 'NOSUCH\n' '' 'HELLO\n' 'NOSUCH\n'; do
+  printf "$input" | timeout 30 "$zrad" console --local 2>&1 >/dev/null | grep -v 'line 1: unknown command'
+done > "$dir/err"
+check "--local ends without library errors" test ! -s "$dir/err"
 
 # The opt-in protections: a pass phrase, and a root the file commands cannot leave.
 mkdir "$dir/root" && echo secret > "$dir/outside.txt" && echo sesame > "$dir/pass"
