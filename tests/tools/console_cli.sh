@@ -23,6 +23,7 @@ check "R removed the directory" sh -c "grep -qx '删除成功！' '$dir/out' && 
 check "LS -l has long lines" grep -q '^up.bin  *||  *300001 Byte  ||' "$dir/out"
 check "serve logged the connection" grep -q 'connection from 127\.0\.0\.1:[0-9]* opened' "$dir/serve.log"
 check "serve logged the commands" grep -q 'command UP' "$dir/serve.log"
+check "a client leaving is no error" sh -c "! grep -q 'error' '$dir/serve.log'"
 
 echo HELP | console "127.0.0.1:$port" > "$dir/out"
 check "HELP shows 21 lines, HELLO first" sh -c \

@@ -15,11 +15,22 @@ using namespace zradtool;
 
 namespace {
 
+bool verbose = false;
+
+// The communication layer reports a peer that closed or went quiet as an error ("readdata
+// ,expire"). Every connection ends that way, and serve and console say so in their own words.
+bool peerGone(const char* file, const std::string& text) {
+  const std::string suffix = " ,expire";
+  return file && std::string(file) == "utils/rvremotedebugcommunication" && text.size() >= suffix.size() &&
+         text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
+}
+
 // Library messages, one line each: "zrad: error: <text> (<source>:<line>)".
 void logToStderr(int level, int line, const char* file, const char* function, const char* message,
                  unsigned long) {
   static const char* const kNames[] = {"info", "info", "info", "debug", "warning", "error"};
   std::string text = message ? message : "";
+  if (!verbose && peerGone(file, text)) return;
   for (char& c : text)
     if (c == '\n' || c == '\r') c = ' ';
   while (!text.empty() && text.back() == ' ') text.pop_back();
@@ -27,7 +38,7 @@ void logToStderr(int level, int line, const char* file, const char* function, co
                text.c_str(), file ? file : "", line, function ? function : "");
 }
 
-void routeLog(const std::string& logFile, bool verbose) {
+void routeLog(const std::string& logFile) {
   zr_attach_log_fun(logToStderr);
   zr_set_print_log_level(verbose ? 0 : 4);
   zr_set_print_log_to_file(!logFile.empty());
@@ -65,7 +76,6 @@ int main(int argc, char** argv) {
   zrad.require_subcommand(1);
   zrad.fallthrough();
   std::string logFile;
-  bool verbose = false;
   zrad.add_option("--log", logFile, "append the library's log lines to FILE")->type_name("FILE");
   zrad.add_flag("--verbose", verbose, "print the library's debug and info messages on stderr too");
 
@@ -74,7 +84,7 @@ int main(int argc, char** argv) {
   help->add_option("CMD", topic, "the command and its subcommands");
   onRun(help, [&] { return printHelp(zrad, topic); });
   addFamilies(zrad);
-  zrad.parse_complete_callback([&] { routeLog(logFile, verbose); });
+  zrad.parse_complete_callback([&] { routeLog(logFile); });
 
   try {
     zrad.parse(argc, argv);

@@ -1,8 +1,6 @@
 // A console's connection.
 #include "console/session.h"
 
-#include <zrad/log.h>
-
 #include "console/service.h"
 
 namespace zradtool {
@@ -13,13 +11,8 @@ constexpr int kLoginTimeoutMs = 10000;
 }  // namespace
 
 Session::~Session() {
-  // Whichever side still reads or writes when the connection closes logs that its peer went
-  // away; the user ended the session, so those lines are shown only with --verbose.
-  const unsigned level = zrad_log_level();
-  if (level >= 4) zr_set_print_log_level(6);
   if (m_client) m_client->Disconect();
   if (m_service) m_service->Disconect();
-  zr_set_print_log_level(level);
 }
 
 bool Session::connect(const std::string& address, NetCommandClientCallBack* answers,
