@@ -80,7 +80,7 @@ TEST(LogLine, SameBytesAsPrintf) {
   struct Row { long micros; int line; const void* thread; };
   const Row rows[] = {{42, 12, reinterpret_cast<void*>(0x7f12abcdef00)}, {999999, -1, nullptr},
                       {0, 2147483647, reinterpret_cast<void*>(1)}};
-  for (size_t i = 0; i < 3; ++i) {
+  for (size_t i = 0; i < std::size(rows); ++i) {
     std::string got;
     zrad::detail::appendLogLine(got, when, rows[i].micros, "f.cpp", rows[i].line, "g", "debug",
                                 rows[i].thread, "m");
