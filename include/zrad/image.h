@@ -11,6 +11,10 @@
 
 #include "export.h"
 
+// The most palette entries an image may have: the 2^15 that depth 15, the deepest with a
+// palette, can index.
+constexpr int kZrImageMaxPaletteEntries = 1 << 15;
+
 // An image over a pixel buffer in memory. Rows lie `pitch` bytes apart; row r of the picture
 // starts at offset + (firstRow + r) * pitch. The palette is always the wrap's own copy; the
 // pixel buffer is freed with zrrxFree when the wrap dies only when it was handed over as owned.
@@ -30,7 +34,8 @@ class ZRAD_EXPORT ZrGiRasterImageWrap : public ZrGiRasterImage {
   bool setPixels(unsigned char* pixels, int width, int height, int depth, int pitch = 0,
                  bool owned = false, int offset = 0, int firstRow = 0);
   // Copies `count` entries (0xAARRGGBB); null or a count of 0 leaves no palette. Returns false,
-  // changing nothing, for a negative count, a count above 256 or a null `palette` with entries.
+  // changing nothing, for a negative count, a count above kZrImageMaxPaletteEntries or a null
+  // `palette` with entries.
   bool setPalette(const uint32_t* palette, int count);
   void setPixelFormat(const tagPixelFormatInfo& format) { m_format = format; }
 
@@ -117,7 +122,8 @@ class ZRAD_EXPORT ZrGiImageColorBitsTransformer : public ZrGiInversionRasterTran
 // 16, green at 8, blue at 0 (8 bits each), depth 16 has 5 bits each at 10, 5 and 0, and every
 // other depth the 24-bit layout plus alpha at 24 (8 bits) and colour model 32.
 // Null when `pixels` is null, width or height is not positive, depth is negative or above 32,
-// paletteCount is above 256, or paletteCount is above 0 with a null `palette`.
+// paletteCount is above kZrImageMaxPaletteEntries, or paletteCount is above 0 with a null
+// `palette`.
 ZRAD_EXPORT ZrSmartPtr<ZrGiRasterImage> zrutImageWrap(unsigned char* pixels, int width,
                                                       int height, int depth,
                                                       unsigned int* palette, int paletteCount,
@@ -136,7 +142,7 @@ ZRAD_EXPORT ZrSmartPtr<ZrGiRasterImage> zrutHeightSwapImage(ZrSmartPtr<ZrGiRaste
 // A deep copy: a new ZrGiRasterImageWrap that owns a copy of every row of `source` (read
 // through its scanline interface) and of its palette, with the same size, depth and format.
 // `result` becomes null when the source is null, reports a size, depth (1-32) or row size that
-// is not usable, or more than 256 palette entries.
+// is not usable, or more than kZrImageMaxPaletteEntries palette entries.
 ZRAD_EXPORT void zrutCloneImage(ZrSmartPtr<ZrGiRasterImage>& result,
                                 ZrSmartPtr<ZrGiRasterImage> source);
 

@@ -34,7 +34,8 @@ static uint32_t decodeOne(const std::string& s, size_t& i) {
   auto byte = [&](size_t k) { return static_cast<unsigned char>(s[k]); };
   unsigned char b0 = byte(i);
   if (b0 < 0x80) return ++i, b0;
-  int extra = b0 >= 0xF0 && b0 <= 0xF4 ? 3 : b0 >= 0xE0 ? 2 : b0 >= 0xC2 && b0 < 0xE0 ? 1 : -1;
+  // Lead bytes C2-DF start two-byte sequences, E0-EF three-byte, F0-F4 four-byte; others none.
+  int extra = b0 < 0xC2 || b0 > 0xF4 ? -1 : b0 < 0xE0 ? 1 : b0 < 0xF0 ? 2 : 3;
   if (extra < 0 || i + static_cast<size_t>(extra) >= s.size()) {
     ++i;
     return 0xFFFD;

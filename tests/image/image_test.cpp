@@ -35,6 +35,7 @@ TEST(ImageWrap, DefaultPalettesAndFormatsByDepth) {
       {3, 3, 8, 0, 0, argb},
       {4, 4, 16, 0xFF000000, 0xFFFFFFFF, argb},
       {8, 8, 256, zrGiDarkBackgroundPalette()[0], zrGiDarkBackgroundPalette()[7], argb},
+      {12, 12, 4096, 0, 0, argb},
       {16, 16, 0, 0, 0, Format{10, 5, 5, 5, 0, 5, 0, 0, 0}},
       {24, 24, 0, 0, 0, Format{16, 8, 8, 8, 0, 8, 0, 0, 0}},
       {32, 32, 0, 0, 0, argb},
@@ -71,7 +72,7 @@ TEST(ImageWrap, CopiesWhatItIsGivenAndRefusesBadInput) {
       {nullptr, 2, 2, 8, nullptr, 0}, {pixels, 0, 2, 8, nullptr, 0},
       {pixels, 2, -1, 8, nullptr, 0}, {pixels, 2, 2, -8, nullptr, 0},
       {pixels, 2, 2, 64, nullptr, 0}, {pixels, 2, 2, 33, nullptr, 0},
-      {pixels, 2, 2, 8, nullptr, 2},  {pixels, 2, 2, 8, palette, 300},
+      {pixels, 2, 2, 8, nullptr, 2},  {pixels, 2, 2, 8, palette, kZrImageMaxPaletteEntries + 1},
       {pixels, 1 << 30, 1 << 30, 32, nullptr, 0},
   };
   for (size_t i = 0; i < std::size(refused); ++i) {
@@ -197,7 +198,7 @@ TEST(ImageClone, DeepCopyOfAnyImage) {
   ZrSmartPtr<OddImage> odd = ZrRxObjectImpl<OddImage>::createObject();
   struct Row { int width, height, depth, colors, rowSize; } refused[] = {
       {0, 2, 8, 0, 4}, {2, -2, 8, 0, 4}, {2, 2, 0, 0, 4},  {2, 2, 64, 0, 16},
-      {2, 2, 3, 0, 4}, {2, 2, 8, 300, 4}, {2, 2, 32, 0, 4}};
+      {2, 2, 3, 0, 4}, {2, 2, 8, kZrImageMaxPaletteEntries + 1, 4}, {2, 2, 32, 0, 4}};
   for (size_t i = 0; i < std::size(refused); ++i) {
     const Row& r = refused[i];
     odd->width = r.width, odd->height = r.height, odd->depth = r.depth;

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <zrplatform/platform.h>
@@ -98,10 +99,14 @@ TEST(Strings, Utf8WideRoundTrip) {
     EXPECT_EQ(ZrString(ZrUtf8String(samples[i])), wide[i]) << "row " << i;
     EXPECT_EQ(ZrUtf8String(ZrString(wide[i])), samples[i]) << "row " << i;
   }
-  // Malformed input: a lone continuation byte, a truncated sequence, an overlong encoding.
-  EXPECT_EQ(ZrString(ZrUtf8String("a\x80" "b")), L"a\ufffdb");
-  EXPECT_EQ(ZrString(ZrUtf8String("a\xE4\xB8")), L"a\ufffd\ufffd");
-  EXPECT_EQ(ZrString(ZrUtf8String("\xC0\xAF")), L"\ufffd\ufffd");
+  // Malformed input, one U+FFFD per byte not taken: a lone continuation byte, a truncated
+  // sequence, an overlong encoding, lead bytes that no sequence starts with.
+  const std::pair<const char*, const wchar_t*> malformed[] = {
+      {"a\x80" "b", L"a\ufffdb"}, {"a\xE4\xB8", L"a\ufffd\ufffd"}, {"\xC0\xAF", L"\ufffd\ufffd"},
+      {"\xF5\x80\x80\x80", L"\ufffd\ufffd\ufffd\ufffd"}, {"\xF8\x88\x80", L"\ufffd\ufffd\ufffd"}};
+  for (size_t i = 0; i < std::size(malformed); ++i)
+    EXPECT_EQ(ZrString(ZrUtf8String(malformed[i].first)), ZrString(malformed[i].second))
+        << "row " << i;
 }
 
 TEST(Arrays, GrowInsertRemoveFind) {

@@ -169,7 +169,6 @@ TEST(ProcessStatus, LinesAndFiles) {
 TEST(SystemSmoke, ThisMachineAndProcess) {
   OSRELEASEINFO release;
   zrutGetOSVersionInfo(release);
-  EXPECT_EQ(release.OS_FAMILY, "Linux");
   EXPECT_EQ(release.NAME.isEmpty(), !std::filesystem::exists("/etc/os-release"));
   const std::string pkg = zrutGetPkgFormat().str();
   EXPECT_TRUE(pkg == "deb" || pkg == "rpm" || pkg.empty()) << pkg;

@@ -10,8 +10,9 @@ void zrutCloneImage(ZrSmartPtr<ZrGiRasterImage>& result, ZrSmartPtr<ZrGiRasterIm
   const int width = source->pixelWidth(), height = source->pixelHeight();
   const int depth = source->colorDepth(), colors = source->numColors();
   const int rowSize = source->scanLineSize();
-  if (width <= 0 || height <= 0 || depth <= 0 || depth > 32 || colors < 0 || colors > 256 ||
-      rowSize <= 0 || static_cast<long long>(width) * depth > 8LL * rowSize)
+  if (width <= 0 || height <= 0 || depth <= 0 || depth > 32 || colors < 0 ||
+      colors > kZrImageMaxPaletteEntries || rowSize <= 0 ||
+      static_cast<long long>(width) * depth > 8LL * rowSize)
     return;
   const size_t bytes = static_cast<size_t>(rowSize) * static_cast<size_t>(height);
   unsigned char* pixels = static_cast<unsigned char*>(zrrxAlloc(bytes));

@@ -1,5 +1,6 @@
 // ZrGiRasterImageWrap, an image over a pixel buffer in memory, and zrutImageWrap.
 #include <cstring>
+#include <vector>
 
 #include <zrad/image.h>
 #include <zrplatform/memory.h>
@@ -7,8 +8,6 @@
 ZR_RX_DEFINE_MEMBERS(ZrGiRasterImageWrap, ZrGiRasterImage, L"ZrGiRasterImageWrap")
 
 namespace {
-
-constexpr int kMaxPaletteEntries = 256;
 
 const uint32_t kStandardColors[16] = {
     0xFF000000, 0xFF0000FF, 0xFF00FFFF, 0xFF00FF00, 0xFFFFFF00, 0xFFFF0000,
@@ -40,8 +39,8 @@ bool setDefaultPalette(ZrGiRasterImageWrap& image, int depth) {
     case 4: return image.setPalette(kStandardColors, 16);
     case 8: return image.setPalette(zrGiDarkBackgroundPalette(), 256);
     default: {
-      uint32_t unset[kMaxPaletteEntries] = {};
-      return image.setPalette(unset, 1 << depth);
+      const std::vector<uint32_t> unset(size_t{1} << depth);
+      return image.setPalette(unset.data(), 1 << depth);
     }
   }
 }
@@ -74,7 +73,7 @@ bool ZrGiRasterImageWrap::setPixels(unsigned char* pixels, int width, int height
 }
 
 bool ZrGiRasterImageWrap::setPalette(const uint32_t* palette, int count) {
-  if (count < 0 || count > kMaxPaletteEntries || (count > 0 && !palette)) return false;
+  if (count < 0 || count > kZrImageMaxPaletteEntries || (count > 0 && !palette)) return false;
   uint32_t* copy = count > 0 ? new uint32_t[static_cast<size_t>(count)] : nullptr;
   if (copy) std::memcpy(copy, palette, sizeof(uint32_t) * static_cast<size_t>(count));
   delete[] m_palette;
