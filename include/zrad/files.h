@@ -253,7 +253,8 @@ ZRAD_EXPORT bool zrutFileIsReadOnly(const ZrUtf8String& path);
 // access() with the read (4) and write (2) bits of `mode` only, and the file must stat.
 ZRAD_EXPORT bool zrutAccessFile(const ZrString& path, int mode);
 // True when "lsof -c zrad | grep <path>" prints anything (a process named zrad* holds it).
-// Empty path: false. The path reaches the shell as one quoted word, whatever it holds.
+// Empty path, or one holding a newline (which lsof never prints): false. The path reaches the
+// shell as one quoted word, whatever it holds.
 ZRAD_EXPORT bool zrutFileHasOpen(const ZrUtf8String& path);
 // True when `path` is a symbolic link (target read up to 1023 bytes). `*length` is set to the
 // target's length; when `buffer` is given and that length is below the `*length` passed in,

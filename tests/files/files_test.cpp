@@ -1,7 +1,9 @@
 // Tests of the file services: attributes, listing and globbing, creating, copying and moving
 // trees, contents, stream strings, temporary names, shell commands and case-insensitive lookup.
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -478,6 +480,33 @@ TEST(ShellCommands, HostilePathsNeverRunASecondCommand) {
     setTempPath("");
     EXPECT_FALSE(exists(marker)) << "row " << i;
   }
+}
+
+// A process named zrad* holds "held a.txt" open: its path is found, and a path holding a newline
+// is not, though grep would take each of its lines as a pattern of its own ("held").
+TEST(Process, OpenFilesOfZradProcesses) {
+  TestDir dir;
+  const std::string held = dir / "held a.txt", holder = dir / "zradholder";
+  writeFile(held, "x");
+  ASSERT_EQ(symlink("/bin/sleep", holder.c_str()), 0);  // the command name comes from the link
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    const int fd = open(held.c_str(), O_RDONLY);
+    if (fd >= 0) dup2(fd, 0);
+    execl(holder.c_str(), "zradholder", "30", static_cast<char*>(nullptr));
+    _exit(127);
+  }
+  bool found = false;
+  for (int i = 0; i < 50 && !found; ++i) {  // until the child runs, at most 10 s
+    found = zrutFileHasOpen(held.c_str());
+    if (!found) usleep(200000);
+  }
+  EXPECT_TRUE(found);
+  EXPECT_FALSE(zrutFileHasOpen(("no such\nheld")));
+  EXPECT_FALSE(zrutFileHasOpen((dir / "held b.txt").c_str()));
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
 }
 
 TEST(Process, TemporaryNamesAndTheLibraryPath) {

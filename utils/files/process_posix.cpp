@@ -86,7 +86,9 @@ ZrUtf8String zrutPipeCmd(const ZrUtf8String& command, ZrUtf8String& errorText) {
 }
 
 bool zrutFileHasOpen(const ZrUtf8String& path) {
-  if (path.isEmpty()) return false;
+  // lsof never prints a newline inside a name, and grep would take each line of such a path
+  // as a pattern of its own.
+  if (path.isEmpty() || path.find('\n') >= 0) return false;
   FILE* pipe = popen(zrad::files::lsofCommand(path).c_str(), "r");
   if (!pipe) return false;
   bool any = false;
