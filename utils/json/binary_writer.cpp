@@ -49,10 +49,12 @@ class BinaryVisitor {
  public:
   explicit BinaryVisitor(OutBuffer& out) : m_out(out) {}
 
+  struct Open {};
+
   // Why the walk was stopped; null when it was not.
   const char* refusal = nullptr;
 
-  bool leaf(const Member& m) {
+  bool leaf(const Member& m, Open*) {
     const uint32_t type = m.type();
     const int kind = kindOf(type);
     std::string_view text;
@@ -86,7 +88,7 @@ class BinaryVisitor {
     return true;
   }
 
-  Enter open(const Member& m, uint32_t count) {
+  Enter open(const Member& m, uint32_t count, Open*, Open&) {
     if (m.name.size() > kMaxText) return refuse("binary write: a text of 2 GiB or more"), Enter::kStop;
     char* p = m_out.room(4 + m.name.size() + 2 + 4);
     if (m.named) p = putText(p, m.name);
@@ -95,7 +97,7 @@ class BinaryVisitor {
     return Enter::kMembers;
   }
 
-  void close(int) {}
+  void close(Open&) {}
 
  private:
   // The value word of a scalar of another class, from its getters.

@@ -184,11 +184,18 @@ void give(int c, void* block) noexcept {
   cache.count[c] = n + 1;
 }
 
+// A block of class `c` for `size` bytes: from the chunk while the thread builds in bulk, else
+// from the class's free list.
+inline void* classBlock(int c, size_t size) {
+  ChunkState& s = tChunks;
+  return s.building ? chunkBlock(s, size) : take(c);
+}
+
 }  // namespace
 
 __attribute__((noinline)) void* poolAlloc(size_t size) {
   int c = kPooled ? classOf(size) : -1;
-  if (c >= 0) return bulkBuilding() ? chunkBlock(size) : take(c);
+  if (c >= 0) return classBlock(c, size);
   void* p = std::malloc(size ? size : 1);
   if (!p) throw ZrError(Zrad::eOutOfMemory);
   return p;
@@ -211,7 +218,7 @@ namespace zrad::json {
 
 void* elementBlock() {
   if (!kPooled) return poolAlloc(sizeof(ElementValue));
-  return bulkBuilding() ? chunkBlock(sizeof(ElementValue)) : take(0);
+  return classBlock(0, sizeof(ElementValue));
 }
 
 void freeElementBlock(void* block) {

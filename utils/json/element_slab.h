@@ -53,13 +53,10 @@ struct ChunkState {
 };
 extern __thread ChunkState tChunks;
 
-inline bool bulkBuilding() { return tChunks.building != 0; }
-
 void* nextChunkBlock(ChunkState& s, size_t size);
-// The next `size` bytes (size <= 1 KiB) of this thread's chunk, rounded up to 32; throws
-// ZrError(eOutOfMemory) when a new chunk is needed and memory is exhausted.
-inline void* chunkBlock(size_t size) {
-  ChunkState& s = tChunks;
+// The next `size` bytes (size <= 1 KiB) of the thread's chunk `s` (tChunks), rounded up to 32;
+// throws ZrError(eOutOfMemory) when a new chunk is needed and memory is exhausted.
+inline void* chunkBlock(ChunkState& s, size_t size) {
   size = (size + 31) & ~size_t(31);
   if (static_cast<size_t>(s.end - s.next) < size) return nextChunkBlock(s, size);
   void* block = s.next;
