@@ -23,18 +23,6 @@
 namespace zrad::json {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kPooled = false;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool kPooled = false;
-#else
-constexpr bool kPooled = true;
-#endif
-#else
-constexpr bool kPooled = true;
-#endif
-
 constexpr int kClasses = 6;
 constexpr size_t kClassSize[kClasses] = {32, 64, 128, 256, 512, 1024};
 constexpr size_t kBatch = 1024;           // blocks moved between a thread and the stock at once
@@ -184,18 +172,14 @@ void give(int c, void* block) noexcept {
   cache.count[c] = n + 1;
 }
 
-// A block of class `c` for `size` bytes: from the chunk while the thread builds in bulk, else
-// from the class's free list.
-inline void* classBlock(int c, size_t size) {
-  ChunkState& s = tChunks;
-  return s.building ? chunkBlock(s, size) : take(c);
-}
-
 }  // namespace
 
 __attribute__((noinline)) void* poolAlloc(size_t size) {
   int c = kPooled ? classOf(size) : -1;
-  if (c >= 0) return classBlock(c, size);
+  if (c >= 0) {
+    ChunkState& s = tChunks;
+    return s.building ? chunkBlock(s, size) : take(c);
+  }
   void* p = std::malloc(size ? size : 1);
   if (!p) throw ZrError(Zrad::eOutOfMemory);
   return p;
@@ -212,14 +196,12 @@ __attribute__((noinline)) void poolFree(void* block, size_t size) {
 }  // namespace zrad::json
 
 // Elements are the most frequent blocks: they go to their class without the size lookup.
-static_assert(sizeof(ElementValue) == zrad::json::kClassSize[0], "elements fill the smallest class");
+static_assert(sizeof(ElementValue) == zrad::json::kClassSize[0] && sizeof(ElementValue) == zrad::json::kElementBytes,
+              "elements fill the smallest class");
 
 namespace zrad::json {
 
-void* elementBlock() {
-  if (!kPooled) return poolAlloc(sizeof(ElementValue));
-  return classBlock(0, sizeof(ElementValue));
-}
+void* poolElementBlock() { return kPooled ? take(0) : poolAlloc(sizeof(ElementValue)); }
 
 void freeElementBlock(void* block) {
   if (!kPooled) poolFree(block, sizeof(ElementValue));

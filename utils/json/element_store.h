@@ -16,7 +16,7 @@
 
 #include <zrad/json.h>
 
-#include "json/element_pool.h"
+#include "json/element_slab.h"
 
 // Field access for the tree's own readers and writers. ElementValue keeps its words protected;
 // member pointers formed through this class (never instantiated) reach them.
