@@ -134,9 +134,42 @@ TEST(TreeOps, OtherElementClasses) {
   EXPECT_TRUE(wrapped->bEqual(tree) && tree->bEqual(wrapped));
   EXPECT_FALSE(wrapped->bEqual(parse(R"({"a":[1,{"b":"w"},[true]],"d":2.5,"e":{}})")));
   EXPECT_FALSE(wrapped->bEqual(parse(R"({"a":[1,{"b":"v"},[true]],"d":2.5,"f":{}})")));
-  ZrJsonPtr copy = wrapped->clone();
-  EXPECT_EQ(textOf(copy), textOf(tree)) << "copied through the virtual interface";
-  EXPECT_TRUE(copy->bEqual(tree));
+}
+
+// Writing, copying and comparing over a tree deeper than the walks' first stack of frames, whose
+// levels mix scalars, a read-only container, an Object grown by inserts (in sorted runs) and a
+// subtree of another class, with members after every nested container.
+TEST(TreeOps, MixedDeepTreeThroughEveryWalk) {
+  constexpr int kLevels = 40, kRunsAt = 20, kOtherAt = 30, kNames = 600;
+  std::string big = "{";
+  for (int n = 0; n < kNames; ++n) big += (n ? ",\"n" : "\"n") + std::to_string(1000 + n) + "\":" + std::to_string(n);
+  big += "}";
+  auto tail = [](int i) { return "[" + std::to_string(i) + ",\"t\",{\"k\":true},[],2.500000]"; };
+  std::string text = "{}";
+  for (int i = kLevels - 1; i >= 0; --i)
+    text = "{\"a\":" + std::to_string(i) + ",\"b\":\"s\",\"m\":" + text + ",\"*q\":{\"k\":1},\"r\":" + (i == kRunsAt ? big : "{}") +
+           ",\"z\":" + tail(i) + "}";
+  ZrJsonPtr tree = parse(text.c_str()), at = tree;
+  for (int i = 0; i < kOtherAt; at = at("m"), ++i) {
+    if (i != kRunsAt) continue;
+    ZrJsonPtr runs = ElementValue::createObject(etObject);
+    for (int n = kNames - 1; n >= 0; --n) runs->set_propertyi(("n" + std::to_string(1000 + n)).c_str(), n, false);
+    ASSERT_TRUE(at->set_property("r", runs));
+  }
+  ASSERT_TRUE(at->set_property("z", Wrapper::wrap(parse(tail(kOtherAt).c_str()))));
+  ASSERT_EQ(textOf(tree), text);
+  for (const ZrJsonPtr& source : {tree, Wrapper::wrap(tree)}) {
+    const bool own = source == tree;
+    EXPECT_EQ(textOf(source), text) << own;
+    ZrJsonPtr copy = source->clone();
+    EXPECT_EQ(textOf(copy), text) << own;
+    EXPECT_TRUE(copy && copy->bEqual(tree) && tree->bEqual(copy) && source->bEqual(copy)) << own;
+    ZrMemoryStreamPtr s = ZrMemoryStream::createNew();
+    ASSERT_TRUE(ZrJson(source).write2Stream(s.get(), ZrJson::eBinary)) << own;
+    s->rewind();
+    ZrJson back;
+    EXPECT_TRUE(back.readBinaryStream(s.get()) && back->writeJson().str() == text) << own;
+  }
 }
 
 TEST(TreeOps, BEqual) {

@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <utility>
-#include <vector>
 
 #include <zrad/json.h>
 
@@ -21,21 +20,16 @@
 namespace zrad::json {
 namespace {
 
-// The copy of a writable ElementValue: its type word and value as they are, except that
-// containers come out empty, a byte block gets bytes of its own, an object pointer a reference
-// of its own, and an owned pointer and kind 0x42 a zero value (owned memory is never shared
-// between two elements).
-ElementValue* copyFields(const ElementValue& source) {
+// The copy of a writable ElementValue that is not a String or a plain value: its type word and
+// value as they are, except that containers come out empty, a byte block gets bytes of its own,
+// an object pointer a reference of its own, and an owned pointer and kind 0x42 a zero value
+// (owned memory is never shared between two elements).
+ElementValue* copyOtherFields(const ElementValue& source) {
   const uint32_t type = ElementAccess::type(source);
   const uint64_t word = ElementAccess::word(source);
   uint64_t copied = 0;
   void* block = nullptr;
   switch (kindOf(type)) {
-    case etString: {
-      ElementValue* copy = ElementAccess::make(type);
-      initText(*copy, textOf(source));
-      return copy;
-    }
     case etByteBlock:  // the length in the value word, a malloc'd buffer in the second
       if (ElementAccess::byteBlock(source) && word) {
         void* own = std::malloc(word);
@@ -49,16 +43,29 @@ ElementValue* copyFields(const ElementValue& source) {
       if (word) zrrxAddRef(reinterpret_cast<ZrRxObject*>(word));
       copied = word;
       break;
-    case etBoolean:
-    case etInteger:
-    case etDouble:
-    case etTime:
-    case etPointer: copied = word; break;
     default: break;
   }
   ElementValue* copy = ElementAccess::make(type);
   ElementAccess::word(*copy) = copied;
   ElementAccess::byteBlock(*copy) = block;
+  return copy;
+}
+
+// The copy of a writable ElementValue without its members (inline for the Strings and plain
+// values that make up most of a tree).
+inline ElementValue* copyFields(const ElementValue& source) {
+  const uint32_t type = ElementAccess::type(source);
+  const int kind = kindOf(type);
+  if (kind == etString) {
+    ElementValue* copy = ElementAccess::make(type);
+    initText(*copy, textOf(source));
+    return copy;
+  }
+  // The plain kinds, whose value word is the whole value, are the single bits from etBoolean
+  // up: Boolean, Integer, Double, Pointer and Time.
+  if (kind < etBoolean || (kind & (kind - 1)) != 0) return copyOtherFields(source);
+  ElementValue* copy = ElementAccess::make(type);
+  ElementAccess::word(*copy) = ElementAccess::word(source);
   return copy;
 }
 
@@ -81,13 +88,18 @@ ZrJsonPtr copyThroughInterface(const IElementValueBase& source) {
   return copy;
 }
 
-// A copy of the element the walk met, without its members, as a reference the caller owns.
-// Read-only elements are shared, not copied.
-IElementValueBase* copyShallow(const Member& m) {
-  if (m.own && !isReadOnly(ElementAccess::type(*m.own))) return copyFields(*m.own);
-  ZrJsonPtr copy = copyThroughInterface(*m.element);
+// copyThroughInterface as a reference the caller owns.
+__attribute__((noinline)) IElementValueBase* copyReference(const IElementValueBase& source) {
+  ZrJsonPtr copy = copyThroughInterface(source);
   copy->AddRef();
   return copy.get();
+}
+
+// A copy of the element the walk met, without its members, as a reference the caller owns.
+// Read-only elements are shared, not copied.
+inline IElementValueBase* copyShallow(const Member& m) {
+  if (m.own && !isReadOnly(ElementAccess::type(*m.own))) return copyFields(*m.own);
+  return copyReference(*m.element);
 }
 
 // Builds the copy as the walk meets the source: each copied container gets its block at its
@@ -95,17 +107,26 @@ IElementValueBase* copyShallow(const Member& m) {
 // abandoned half way drops cleanly.
 class CloneVisitor {
  public:
+  // A copied container being filled.
+  struct Open {
+    ElementValue* container;
+    void* block;
+    bool object;
+    bool mayBeUnsorted;  // copied from another element class
+    bool sorted;         // the names so far are in order and all different
+  };
+
   // The copy of the root, once the walk has met it.
   ZrJsonPtr copy;
 
-  bool leaf(const Member& m) {
-    place(m, m.element ? copyShallow(m) : nullptr);
+  bool leaf(const Member& m, Open* parent) {
+    place(m, m.element ? copyShallow(m) : nullptr, parent);
     return true;
   }
 
-  Enter open(const Member& m, uint32_t count) {
+  Enter open(const Member& m, uint32_t count, Open* parent, Open& opened) {
     IElementValueBase* made = copyShallow(m);
-    place(m, made);
+    place(m, made, parent);
     if (made == m.element) return Enter::kSkip;  // read-only: shared with its members
     auto& container = static_cast<ElementValue&>(*made);
     const bool object = kindOf(ElementAccess::type(container)) == etObject;
@@ -115,52 +136,41 @@ class CloneVisitor {
       static_cast<Block<char>*>(block)->size = 0;
       ElementAccess::word(container) = reinterpret_cast<uint64_t>(block);
     }
-    m_open.push_back({&container, block, object, !m.own, true});
+    opened = {&container, block, object, !m.own, true};
     return Enter::kMembers;
   }
 
   // An Object of another class may list its names in any order: they are sorted here, a later
   // value of a repeated name winning as set_property would let it.
-  void close(int) {
-    const Open top = m_open.back();
-    m_open.pop_back();
-    if (!top.object || !top.block || !top.mayBeUnsorted || top.sorted) return;
-    auto* store = static_cast<ObjectStore*>(top.block);
-    ElementAccess::word(*top.container) =
+  void close(Open& opened) {
+    if (!opened.object || !opened.block || !opened.mayBeUnsorted || opened.sorted) return;
+    auto* store = static_cast<ObjectStore*>(opened.block);
+    ElementAccess::word(*opened.container) =
         reinterpret_cast<uint64_t>(settleEntries(store->items(), store->size, Repeats::kLikeSetProperty));
     freeBlock(store, sizeof(Entry));
   }
 
  private:
-  struct Open {
-    ElementValue* container;
-    void* block;
-    bool object;
-    bool mayBeUnsorted;  // copied from another element class
-    bool sorted;         // the names so far are in order and all different
-  };
-
-  // Hangs the copy `made` (a reference it takes over) on the container being filled.
-  void place(const Member& m, IElementValueBase* made) {
-    if (m_open.empty()) {
+  // Hangs the copy `made` (a reference it takes over) on the container being filled, or makes
+  // it the copy of the root.
+  void place(const Member& m, IElementValueBase* made, Open* parent) {
+    if (!parent) {
       copy = ZrJsonPtr::adopt(made);
       return;
     }
-    Open& top = m_open.back();
-    if (top.object) {
-      auto* store = static_cast<ObjectStore*>(top.block);
+    if (parent->object) {
+      auto* store = static_cast<ObjectStore*>(parent->block);
       Entry& entry = store->items()[store->size];
       makeName(entry.name, m.name);
       entry.value = made;
-      if (top.mayBeUnsorted && store->size) top.sorted = top.sorted && compareNames((&entry)[-1].name.view(), m.name) < 0;
+      if (parent->mayBeUnsorted && store->size)
+        parent->sorted = parent->sorted && compareNames((&entry)[-1].name.view(), m.name) < 0;
       ++store->size;
     } else {
-      auto* store = static_cast<ItemStore*>(top.block);
+      auto* store = static_cast<ItemStore*>(parent->block);
       store->items()[store->size++] = made;
     }
   }
-
-  std::vector<Open> m_open;
 };
 
 }  // namespace

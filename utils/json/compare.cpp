@@ -22,7 +22,7 @@ enum class Shallow { kEqual, kUnequal, kCompareMembers };
 Shallow verdict(bool equal) { return equal ? Shallow::kEqual : Shallow::kUnequal; }
 
 // compareShallow for two ElementValues, from their fields.
-Shallow compareFields(const ElementValue& a, const ElementValue& b) {
+inline Shallow compareFields(const ElementValue& a, const ElementValue& b) {
   const int kind = kindOf(ElementAccess::type(a));
   if (kind != kindOf(ElementAccess::type(b))) return Shallow::kUnequal;
   const uint64_t wa = ElementAccess::word(a), wb = ElementAccess::word(b);
@@ -47,14 +47,9 @@ Shallow compareFields(const ElementValue& a, const ElementValue& b) {
   }
 }
 
-// Scalars compare within one kind only (an Integer never equals a Double, a Time nothing);
-// containers of one kind and count need their members compared. Two None or null elements
-// are equal; a missing element equals only another missing one.
-Shallow compareShallow(const IElementValueBase* a, const IElementValueBase* b) {
+// compareShallow for two elements that are not both ElementValues, through the virtual interface.
+Shallow compareThroughInterface(const IElementValueBase* a, const IElementValueBase* b) {
   if (!a || !b) return verdict(a == b);
-  const ElementValue* ea = asElement(a);
-  const ElementValue* eb = asElement(b);
-  if (ea && eb) return compareFields(*ea, *eb);
   const int kind = kindOf(a->getType());
   if (kind != kindOf(b->getType())) return Shallow::kUnequal;
   switch (kind) {
@@ -72,25 +67,39 @@ Shallow compareShallow(const IElementValueBase* a, const IElementValueBase* b) {
   }
 }
 
+// Scalars compare within one kind only (an Integer never equals a Double, a Time nothing);
+// containers of one kind and count need their members compared. Two None or null elements
+// are equal; a missing element equals only another missing one.
+inline Shallow compareShallow(const IElementValueBase* a, const IElementValueBase* b) {
+  const ElementValue* ea = asElement(a);
+  const ElementValue* eb = asElement(b);
+  if (ea && eb) return compareFields(*ea, *eb);
+  return compareThroughInterface(a, b);
+}
+
 // One pair of containers of the same kind and count being compared member by member.
 // Objects: every property of `theirs` must have an equal namesake in `mine`. Arrays: every item
 // of `theirs` must equal some item of `mine`, at any position; the item at its own position is
 // tried first, so arrays in the same order compare in one pass.
 class MemberComparison {
  public:
-  MemberComparison(const IElementValueBase* mine, const IElementValueBase* theirs)
-      : m_mine(mine),
-        m_theirs(theirs),
-        m_isObject(kindOf(mine->getType()) == etObject),
-        m_count(m_isObject ? mine->property_count() : mine->array_count()) {
+  MemberComparison(const IElementValueBase* mine, const IElementValueBase* theirs) : m_mine(mine), m_theirs(theirs) {
     const ElementValue* em = asElement(mine);
     const ElementValue* et = asElement(theirs);
     if (em && et) {
       m_fields = true;
+      m_isObject = kindOf(ElementAccess::type(*em)) == etObject;
+      m_count = static_cast<int>(memberCount(*em));
       m_mineWord = ElementAccess::word(*em);
       m_theirsWord = ElementAccess::word(*et);
+    } else {
+      m_isObject = kindOf(mine->getType()) == etObject;
+      m_count = m_isObject ? mine->property_count() : mine->array_count();
     }
   }
+
+  const IElementValueBase* mine() const { return m_mine; }
+  const IElementValueBase* theirs() const { return m_theirs; }
 
   // Takes the outcome of comparing the pair that next() handed out last.
   void record(bool equal) {
@@ -108,11 +117,12 @@ class MemberComparison {
   }
 
   // The next pair to compare in `a` and `b`, or the verdict for the whole pair of containers.
-  // Both stay alive (through their containers or this comparison) until the next call.
-  std::optional<bool> next(const IElementValueBase*& a, const IElementValueBase*& b) {
+  // Both stay alive (through their containers or this comparison) until the next call. `key` is
+  // room for a name of another element class.
+  std::optional<bool> next(const IElementValueBase*& a, const IElementValueBase*& b, ZrUtf8String& key) {
     if (m_failed) return false;
     if (m_index == m_count) return true;
-    if (m_isObject) return nextProperty(a, b);
+    if (m_isObject) return nextProperty(a, b, key);
     if (m_tried == m_count) return false;
     // The own position first, then every other one in order.
     int candidate = m_tried == 0 ? m_index : (m_tried - 1 < m_index ? m_tried - 1 : m_tried);
@@ -131,7 +141,7 @@ class MemberComparison {
   }
 
  private:
-  std::optional<bool> nextProperty(const IElementValueBase*& a, const IElementValueBase*& b) {
+  std::optional<bool> nextProperty(const IElementValueBase*& a, const IElementValueBase*& b, ZrUtf8String& key) {
     if (m_fields) {
       // Both hold the same number of distinct names in order: each namesake sits at the same index.
       const Entry& mine = entryAt(m_mineWord, static_cast<uint32_t>(m_index));
@@ -141,8 +151,8 @@ class MemberComparison {
       b = theirs.value;
       return std::nullopt;
     }
-    m_heldTheirs = m_theirs->enumproperty(m_index, m_key);
-    m_heldMine = m_mine->property_sub(m_key);
+    m_heldTheirs = m_theirs->enumproperty(m_index, key);
+    m_heldMine = m_mine->property_sub(key);
     if (!m_heldMine) return false;
     a = m_heldMine.get();
     b = m_heldTheirs.get();
@@ -151,17 +161,16 @@ class MemberComparison {
 
   const IElementValueBase* m_mine;
   const IElementValueBase* m_theirs;
-  bool m_isObject;
-  int m_count;
   // Both are ElementValues: their blocks are read directly.
   bool m_fields = false;
+  bool m_isObject;
+  int m_count;
   uint64_t m_mineWord = 0;
   uint64_t m_theirsWord = 0;
   bool m_failed = false;
   int m_index = 0;  // the property or item of `theirs` being matched
   int m_tried = 0;  // the items of `mine` tried for it so far (Arrays)
   ZrJsonPtr m_heldMine, m_heldTheirs;  // the members handed out from other element classes
-  ZrUtf8String m_key;
 };
 
 }  // namespace
@@ -174,25 +183,21 @@ bool equalTrees(const IElementValueBase* mine, const IElementValueBase* theirs) 
   Shallow first = compareShallow(mine, theirs);
   if (first != Shallow::kCompareMembers) return first == Shallow::kEqual;
 
-  struct Pair {
-    MemberComparison members;
-    const IElementValueBase* mine;
-    const IElementValueBase* theirs;
-  };
-  std::vector<Pair> stack;
+  std::vector<MemberComparison> stack;
   CycleGuard mineGuard, theirsGuard;
-  stack.push_back({MemberComparison(mine, theirs), mine, theirs});
+  ZrUtf8String key;
+  stack.emplace_back(mine, theirs);
   std::optional<bool> outcome;  // the verdict of the pair compared last
   while (!stack.empty()) {
-    MemberComparison& top = stack.back().members;
+    MemberComparison& top = stack.back();
     if (outcome) top.record(*outcome);
     const IElementValueBase* a = nullptr;
     const IElementValueBase* b = nullptr;
-    outcome = top.next(a, b);
+    outcome = top.next(a, b, key);
     if (outcome) {
       const size_t depth = stack.size() - 1;
-      mineGuard.leave(stack.back().mine, depth);
-      theirsGuard.leave(stack.back().theirs, depth);
+      mineGuard.leave(top.mine(), depth);
+      theirsGuard.leave(top.theirs(), depth);
       stack.pop_back();
       continue;
     }
@@ -206,7 +211,7 @@ bool equalTrees(const IElementValueBase* mine, const IElementValueBase* theirs) 
       case Shallow::kCompareMembers:
         // A tree containing itself is not comparable.
         if (!mineGuard.enter(a, stack.size()) || !theirsGuard.enter(b, stack.size())) return false;
-        stack.push_back({MemberComparison(a, b), a, b});
+        stack.emplace_back(a, b);
         break;
     }
   }

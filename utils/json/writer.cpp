@@ -105,11 +105,17 @@ __attribute__((noinline)) void putName(OutBuffer& out, std::string_view name, ui
 // opening bracket of a container.
 class TextVisitor {
  public:
+  // The bracket that closes an open container.
+  struct Open {
+    char closer;
+  };
+
   explicit TextVisitor(OutBuffer& out) : m_out(out) {}
 
-  bool leaf(const Member& m) {
-    prefix(m);
+  // Inline in the walk's loop over scalar members: a call per member costs 3% of a write.
+  __attribute__((always_inline)) bool leaf(const Member& m, Open*) {
     const uint32_t type = m.type();
+    prefix(m, type);
     if (isContainerGroup(type)) {  // None and null elements
       m_out.put("[]");
       return true;
@@ -138,18 +144,21 @@ class TextVisitor {
     return true;
   }
 
-  Enter open(const Member& m, uint32_t) {
-    prefix(m);
-    m_out.put(kindOf(m.type()) == etObject ? '{' : '[');
+  Enter open(const Member& m, uint32_t, Open*, Open& opened) {
+    const uint32_t type = m.type();
+    prefix(m, type);
+    const bool object = kindOf(type) == etObject;
+    m_out.put(object ? '{' : '[');
+    opened.closer = object ? '}' : ']';
     return Enter::kMembers;
   }
 
-  void close(int kind) { m_out.put(kind == etObject ? '}' : ']'); }
+  void close(Open& opened) { m_out.put(opened.closer); }
 
  private:
-  void prefix(const Member& m) {
+  void prefix(const Member& m, uint32_t type) {
     if (!m.first) m_out.put(',');
-    if (m.named) putName(m_out, m.name, m.type());
+    if (m.named) putName(m_out, m.name, type);
   }
 
   void writeScalar(uint32_t type, const ZrUtf8String& text) {
