@@ -503,7 +503,7 @@ TEST(Process, OpenFilesOfZradProcesses) {
     if (!found) usleep(200000);
   }
   EXPECT_TRUE(found);
-  EXPECT_FALSE(zrutFileHasOpen(("no such\nheld")));
+  EXPECT_FALSE(zrutFileHasOpen("no such\nheld"));
   EXPECT_FALSE(zrutFileHasOpen((dir / "held b.txt").c_str()));
   kill(child, SIGKILL);
   waitpid(child, nullptr, 0);

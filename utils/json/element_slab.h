@@ -32,7 +32,7 @@ constexpr size_t kElementBytes = 32;  // sizeof(ElementValue)
 
 struct SlabHead {
   bool chunk;
-  // A chunk's blocks not yet freed (see element_chunks.cpp for how a filling chunk counts).
+  // A chunk's blocks not yet freed (see element_slab.cpp for how a filling chunk counts).
   std::atomic<uint32_t> live;
 };
 // Blocks start this far into a slab; it keeps elements on 32-byte boundaries.
@@ -91,13 +91,14 @@ void countOff(ChunkState& s, SlabHead* chunk, uint32_t n) noexcept;
 void settle(ChunkState& s) noexcept;
 // A freed block of `chunk` that does not extend the pending run.
 void freeChunkBlockSlow(ChunkState& s, SlabHead* chunk) noexcept;
-// A block of a chunk goes back (the slab of `block` must be a chunk).
+
 // Inline: a tree's drop opens one for every container it empties.
 inline FreeBatch::FreeBatch() { ++tChunks.batching; }
 inline FreeBatch::~FreeBatch() {
   if (--tChunks.batching == 0) settle(tChunks);
 }
 
+// A block of a chunk goes back (the slab of `block` must be a chunk).
 inline void freeChunkBlock(void* block) noexcept {
   ChunkState& s = tChunks;
   SlabHead* c = slabOf(block);
