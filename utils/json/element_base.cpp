@@ -19,7 +19,7 @@ struct Teardown {
   size_t size;
   size_t capacity;
 };
-thread_local Teardown tTeardown ZRAD_HOT_TLS;
+thread_local Teardown tTeardown;
 // Containers nested this deep inside one another are emptied in place; deeper ones wait in the
 // queue, so the stack stays shallow whatever the tree.
 constexpr int kNestedInPlace = 32;

@@ -103,7 +103,7 @@ struct Cache {
   size_t count[kClasses];
   bool closed;  // the thread is exiting: go straight to the stock
 };
-thread_local Cache tCache ZRAD_HOT_TLS;
+thread_local Cache tCache;
 
 struct CacheCloser {
   ~CacheCloser() {

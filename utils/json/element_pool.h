@@ -4,13 +4,6 @@
 
 #include <cstddef>
 
-// The thread variables that every block taken or given back reads: their offset is fixed when
-// the library is loaded, so a read is one load from the thread pointer rather than a call into
-// the dynamic linker's TLS resolver: 7% fewer instructions for clone_drawing and
-// readfree_outlines in json_bench (callgrind). They are a few hundred bytes in all, which fits
-// the static TLS room glibc keeps for libraries opened with dlopen.
-#define ZRAD_HOT_TLS __attribute__((tls_model("initial-exec")))
-
 namespace zrad::json {
 
 // A block of at least `size` bytes; throws ZrError(eOutOfMemory) when memory is exhausted.

@@ -18,7 +18,7 @@
 
 namespace zrad::json {
 
-__thread ChunkState tChunks ZRAD_HOT_TLS;
+__thread ChunkState tChunks;
 
 namespace {
 

@@ -65,7 +65,7 @@ struct ChunkState {
   uint32_t spares;
   bool closed;  // the thread is exiting
 };
-extern __thread ChunkState tChunks ZRAD_HOT_TLS;
+extern __thread ChunkState tChunks;
 
 void* nextChunkBlock(ChunkState& s, size_t size);
 // The next `size` bytes (size <= 1 KiB) of the thread's chunk `s` (tChunks), rounded up to 32;
