@@ -72,6 +72,25 @@ TEST(ElementStorage, ChunksComeBackWhenTheirLastElementDies) {
   EXPECT_EQ(textOf(second), textOf(third));
 }
 
+// A big array with no array around it keeps the reader's own item block; arrays inside arrays
+// get blocks of their own. Either way the array reads back whole and grows and shrinks.
+TEST(ElementStorage, LargeArraysReadInOneGo) {
+  std::string items;
+  for (int i = 0; i < 1000; ++i) items += (i ? "," : "") + std::to_string(i);
+  const std::string list = "[" + items + "]";
+  ZrJsonPtr top = parse(list.c_str());
+  ZrJsonPtr tree = parse(("{\"a\":" + list + ",\"b\":[[]," + list + "," + list + "]}").c_str());
+  for (ZrJsonPtr array : {top, tree("a"), tree("b")(1), tree("b")(2)}) {
+    ASSERT_EQ(textOf(array), list);
+    for (int i = 0; i < 100; ++i) ASSERT_TRUE(array->array_append(item("7")));
+    EXPECT_EQ(array->remove_array_item(0), 0);
+    EXPECT_EQ(array.ArrayCount(), 1099);
+    EXPECT_EQ(array(0)->longlongValue(), 1);
+    EXPECT_EQ(array(1098)->longlongValue(), 7);
+  }
+  EXPECT_EQ(tree("b")(0).ArrayCount(), 0);
+}
+
 // Trees built by threads that then exit, dropped piece by piece by other threads at once.
 TEST(ElementStorage, ElementsDroppedOnOtherThreads) {
   const std::string text = records(400);

@@ -185,6 +185,8 @@ __attribute__((noinline)) void* poolAlloc(size_t size) {
   return p;
 }
 
+bool fromMalloc(size_t size) { return !kPooled || classOf(size) < 0; }
+
 __attribute__((noinline)) void poolFree(void* block, size_t size) {
   if (!block) return;
   int c = kPooled ? classOf(size) : -1;

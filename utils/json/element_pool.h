@@ -10,6 +10,9 @@ namespace zrad::json {
 void* poolAlloc(size_t size);
 // Returns a block from poolAlloc; `size` must be the size it was asked for. Null is accepted.
 void poolFree(void* block, size_t size);
+// Whether poolAlloc takes `size` bytes from malloc, so that a block of that size from malloc
+// or realloc may be given to poolFree.
+bool fromMalloc(size_t size);
 
 // The block of one ElementValue from the pool (elementBlock in element_slab.h takes it from the
 // chunk during a bulk build), and the return of either.

@@ -5,14 +5,17 @@
 // exactly the same texts but keeps its open containers on a heap stack, so texts of any depth
 // are read without deepening the thread's stack. The handler builds nodes as events arrive (no
 // intermediate document). Object entries gather on one shared stack and become a sorted block
-// when the object ends; array items likewise.
+// when the object ends; array items likewise, on a stack of their own that the outermost array
+// may take whole.
 #include <rapidjson/error/en.h>
 #include <rapidjson/reader.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
+#include "json/element_pool.h"
 #include "json/element_store.h"
 #include "json/entry_sort.h"
 #include "json/oom.h"
@@ -26,6 +29,58 @@ namespace {
 // and needs a few hundred bytes of stack per level.
 constexpr size_t kRecursiveDepth = 200;
 
+// The items of the open arrays, each array's above those of the arrays around it. They are
+// kept in an item block from malloc, grown by realloc, which moves a large block's pages
+// rather than copying them. A big array with no open array around it takes the block itself,
+// so reading "[0,0,...]" holds its items once rather than twice: for 50 million numbers the
+// peak drops from 2.93 to 2.54 GB and the read from about 4.3 to 3.1 s (json_numbers).
+class ItemStack {
+ public:
+  ItemStack() = default;
+  ItemStack(const ItemStack&) = delete;
+  ItemStack& operator=(const ItemStack&) = delete;
+  ~ItemStack() {
+    for (size_t i = 0; i < size(); ++i) releaseItem(m_block->items()[i]);
+    std::free(m_block);
+  }
+
+  size_t size() const { return sizeOf(m_block); }
+  void push(IElementValueBase* e) {
+    if (size() == capacity()) grow();
+    m_block->items()[m_block->size++] = e;
+  }
+  // The items from `start` on, taken off the stack as an item block of their own (null for none).
+  ItemStore* take(size_t start) {
+    const uint32_t count = static_cast<uint32_t>(size() - start);
+    if (count == 0) return nullptr;
+    if (start == 0 && fromMalloc(bytes(count))) {
+      auto* whole = static_cast<ItemStore*>(std::realloc(m_block, bytes(count)));
+      if (!whole) throw ZrError(Zrad::eOutOfMemory);
+      whole->capacity = count;
+      m_block = nullptr;
+      return whole;
+    }
+    auto* part = static_cast<ItemStore*>(blockFrom(m_block->items() + start, sizeof(IElementValueBase*), count));
+    m_block->size = static_cast<uint32_t>(start);
+    return part;
+  }
+
+ private:
+  static size_t bytes(size_t count) { return sizeof(ItemStore) + count * sizeof(IElementValueBase*); }
+  size_t capacity() const { return m_block ? m_block->capacity : 0; }
+  void grow() {
+    const size_t grown = capacity() ? 2 * capacity() : 256;
+    if (grown > UINT32_MAX) throw ZrError(Zrad::eOutOfMemory);
+    auto* block = static_cast<ItemStore*>(std::realloc(m_block, bytes(grown)));
+    if (!block) throw ZrError(Zrad::eOutOfMemory);
+    if (!m_block) block->size = 0;
+    block->capacity = static_cast<uint32_t>(grown);
+    m_block = block;
+  }
+
+  ItemStore* m_block = nullptr;
+};
+
 class TreeBuilder {
  public:
   // Refuses to open more than `maxDepth` containers (tooDeep() tells).
@@ -38,7 +93,6 @@ class TreeBuilder {
       freeName(e.name);
       releaseItem(e.value);
     }
-    for (IElementValueBase* item : m_items) releaseItem(item);
   }
 
   // The finished root, owned by the caller.
@@ -86,10 +140,7 @@ class TreeBuilder {
   }
   bool StartArray() { return open(false); }
   bool EndArray(rapidjson::SizeType) {
-    Frame f = close();
-    uint32_t count = static_cast<uint32_t>(m_items.size() - f.start);
-    void* store = blockFrom(m_items.data() + f.start, sizeof(IElementValueBase*), count);
-    m_items.resize(f.start);
+    ItemStore* store = m_items.take(close().start);
     return addWord(etArray, reinterpret_cast<uint64_t>(store));
   }
 
@@ -130,14 +181,14 @@ class TreeBuilder {
       if (m_pendingReadOnly) ElementAccess::type(*e) |= etReadOnlyFlag;
       m_entries.back().value = e;
     } else {
-      m_items.push_back(e);
+      m_items.push(e);
     }
     return true;
   }
 
   std::vector<Frame> m_frames;
   std::vector<Entry> m_entries;
-  std::vector<IElementValueBase*> m_items;
+  ItemStack m_items;
   ShapeMemo m_shapes;
   bool m_pendingReadOnly = false;  // the last name began with '*'
   ElementValue* m_root = nullptr;
