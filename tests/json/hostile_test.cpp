@@ -258,6 +258,9 @@ TEST(HostileInput, OutOfMemoryAtTheBoundary) {
   std::string many = "[";
   for (int i = 0; i < 3000000; ++i) many += i ? ",[1]" : "[1]";
   many += "]";
+  std::string records = "[";
+  for (int i = 0; i < 300000; ++i) records += R"({"a":{"b":{"c":1,"d":"a text too long to live inline"}},"e":2},)";
+  records.back() = ']';
   struct Row {
     const char* what;
     std::function<bool()> op;
@@ -270,6 +273,7 @@ TEST(HostileInput, OutOfMemoryAtTheBoundary) {
          return true;
        }, 2},
       {"reading", [&] { return static_cast<bool>(ZrJson::readjson(many)); }, 2},
+      {"reading objects", [&] { return static_cast<bool>(ZrJson::readjson(records)); }, 2},
   };
   for (const Row& row : rows) EXPECT_EQ(outcomeWithLittleMemory(kHeadroom, row.op), row.outcome) << row.what;
 }

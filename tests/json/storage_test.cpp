@@ -91,6 +91,24 @@ TEST(ElementStorage, LargeArraysReadInOneGo) {
   EXPECT_EQ(tree("b")(0).ArrayCount(), 0);
 }
 
+// Objects inside objects are laid out with the object around them, within limits of depth
+// and count; texts in name order come back unchanged either way, and a subtree outlives them.
+TEST(ElementStorage, NestedObjectsLaidOutTogether) {
+  std::string deep = "1";
+  for (int level = 0; level < 20; ++level) deep = R"({"a":0,"b":)" + deep + R"(,"c":"a text too long to live inline"})";
+  std::string wide = "{";
+  for (int i = 0; i < 6000; ++i) wide += (i ? ",\"k" : "\"k") + std::to_string(100000 + i) + R"(":{"x":{"y":[1]}})";
+  wide += "}";
+  ZrJsonPtr kept;
+  for (const std::string& text : {deep, wide}) {
+    ZrJsonPtr tree = parse(text.c_str());
+    EXPECT_EQ(textOf(tree), text);
+    kept = tree("b") ? tree("b")("b")("b") : tree("k105999")("x");
+  }
+  parse(deep.c_str());  // memory the dropped trees gave back is used again
+  EXPECT_EQ(textOf(kept), R"({"y":[1]})");
+}
+
 // Trees built by threads that then exit, dropped piece by piece by other threads at once.
 TEST(ElementStorage, ElementsDroppedOnOtherThreads) {
   const std::string text = records(400);

@@ -31,6 +31,9 @@ TEST(JsonText, RoundTrips) {
       {R"(["\t\u0001\"\\\r\n\/\u00e9\u001f "])", "[\"\\t\\u0001\\\"\\\\\\r\\n/\xc3\xa9\\u001f \"]"},
       {R"({"k\"ey\n":{}})", R"({"k\"ey\n":{}})"},
       {R"({"z":[],"y":{},"x":[[],{}]})", R"({"x":[[],{}],"y":{},"z":[]})"},
+      // repeated names inside objects that wait for the object around them
+      {R"({"o":{"a":1,"a":[2],"*b":{"x":1},"b":{"y":2},"c":{"d":{"e":1,"e":{"f":[3]}}}}})",
+       R"({"o":{"a":[2],"*b":{"x":1},"c":{"d":{"e":{"f":[3]}}}}})"},
       // names alike in their first eight bytes, with a zero byte, longer than the inline room
       {R"({"favorite_count":1,"favorited":2,"favorite":3})", R"({"favorite":3,"favorite_count":1,"favorited":2})"},
       {R"({"a\u0001":1,"a":2})", R"({"a":2,"a\u0001":1})"},

@@ -9,25 +9,7 @@
 namespace zrad::json {
 namespace {
 
-// Objects up to this many entries are sorted without touching the heap, and remembered.
-constexpr uint32_t kSmall = 32;
-
-// Room for `n` keys: on the stack for small counts, else on the heap.
-class KeyBuffer {
- public:
-  explicit KeyBuffer(uint32_t n) : m_data(n <= kSmall ? m_local : new SortKey[n]) {}
-  ~KeyBuffer() {
-    if (m_data != m_local) delete[] m_data;
-  }
-  KeyBuffer(const KeyBuffer&) = delete;
-  KeyBuffer& operator=(const KeyBuffer&) = delete;
-  SortKey* data() { return m_data; }
-  SortKey& operator[](uint32_t i) { return m_data[i]; }
-
- private:
-  SortKey m_local[kSmall];
-  SortKey* m_data;
-};
+constexpr uint32_t kSmall = KeyBuffer::kSmall;  // entries sorted without the heap, and remembered
 
 static_assert(Name::kInline >= 8, "prefixOf reads eight bytes of an inline name");
 uint64_t prefixOf(const Name& name) {
@@ -54,21 +36,21 @@ struct ShapeMemo::Shape {
 ShapeMemo::ShapeMemo() = default;
 ShapeMemo::~ShapeMemo() = default;
 
-const uint32_t* ShapeMemo::find(const Entry* gathered, const SortKey* keys, uint32_t count) const {
+const uint32_t* ShapeMemo::find(NameList gathered, const SortKey* keys, uint32_t count) const {
   if (!m_shapes || count > kSmall) return nullptr;
   const Shape& shape = m_shapes[count];
   if (shape.order.empty()) return nullptr;
   std::string_view tails = shape.tails;
   for (uint32_t i = 0; i < count; ++i) {
-    if (keys[i].prefix != shape.prefixes[i] || gathered[i].name.size != shape.sizes[i]) return nullptr;
-    std::string_view tail = tailOf(gathered[i].name);
+    if (keys[i].prefix != shape.prefixes[i] || gathered[i].size != shape.sizes[i]) return nullptr;
+    std::string_view tail = tailOf(gathered[i]);
     if (tails.substr(0, tail.size()) != tail) return nullptr;
     tails.remove_prefix(tail.size());
   }
   return shape.order.data();
 }
 
-void ShapeMemo::remember(const Entry* gathered, const SortKey* sorted, uint32_t count) {
+void ShapeMemo::remember(NameList gathered, const SortKey* sorted, uint32_t count) {
   if (count > kSmall) return;
   if (!m_shapes) m_shapes.reset(new Shape[kSmall + 1]);
   Shape& shape = m_shapes[count];
@@ -79,48 +61,50 @@ void ShapeMemo::remember(const Entry* gathered, const SortKey* sorted, uint32_t 
   for (uint32_t i = 0; i < count; ++i) {
     shape.prefixes[sorted[i].index] = sorted[i].prefix;
     shape.order[i] = sorted[i].index;
-    shape.sizes[i] = gathered[i].name.size;
-    shape.tails += tailOf(gathered[i].name);
+    shape.sizes[i] = gathered[i].size;
+    shape.tails += tailOf(gathered[i]);
   }
+}
+
+EntryOrder::EntryOrder(NameList gathered, uint32_t count, ShapeMemo* memo) : m_gathered(gathered), m_keys(count) {
+  for (uint32_t i = 0; i < count; ++i) m_keys[i] = {prefixOf(gathered[i]), i};
+  auto less = [gathered](const SortKey& a, const SortKey& b) {
+    if (a.prefix != b.prefix) return a.prefix < b.prefix;
+    return compareNames(gathered[a.index].view(), gathered[b.index].view()) < 0;
+  };
+  bool sorted = true;
+  for (uint32_t i = 1; i < count && sorted; ++i) sorted = less(m_keys[i - 1], m_keys[i]);
+  if (sorted) return;
+  m_known = memo ? memo->find(gathered, m_keys.data(), count) : nullptr;
+  if (m_known) return;
+  if (count <= kSmall) {
+    for (uint32_t i = 1; i < count; ++i) {
+      SortKey moving = m_keys[i];
+      uint32_t j = i;
+      for (; j > 0 && less(moving, m_keys[j - 1]); --j) m_keys[j] = m_keys[j - 1];
+      m_keys[j] = moving;
+    }
+  } else {
+    std::stable_sort(m_keys.data(), m_keys.data() + count, less);
+  }
+  for (uint32_t i = 1; i < count && m_unique; ++i) m_unique = !sameName(i);
+  if (memo && m_unique) memo->remember(gathered, m_keys.data(), count);
+}
+
+bool EntryOrder::sameName(uint32_t i) const {
+  return m_keys[i - 1].prefix == m_keys[i].prefix &&
+         m_gathered[m_keys[i - 1].index].view() == m_gathered[m_keys[i].index].view();
 }
 
 ObjectStore* settleEntries(Entry* gathered, uint32_t count, Repeats rule, ShapeMemo* memo) {
   if (count == 0) return nullptr;
-  KeyBuffer keys(count);
-  for (uint32_t i = 0; i < count; ++i) keys[i] = {prefixOf(gathered[i].name), i};
-  auto less = [gathered](const SortKey& a, const SortKey& b) {
-    if (a.prefix != b.prefix) return a.prefix < b.prefix;
-    return compareNames(gathered[a.index].name.view(), gathered[b.index].name.view()) < 0;
-  };
-  bool sorted = true;
-  for (uint32_t i = 1; i < count && sorted; ++i) sorted = less(keys[i - 1], keys[i]);
-  const uint32_t* known = sorted || !memo ? nullptr : memo->find(gathered, keys.data(), count);
-
+  EntryOrder order(namesOf(gathered), count, memo);
   auto* store = static_cast<ObjectStore*>(newBlock(sizeof(Entry), count));
   Entry* out = store->items();
-  if (sorted) {
-    std::memcpy(out, gathered, count * sizeof(Entry));
-    return store;
-  }
-  if (known) {
-    for (uint32_t i = 0; i < count; ++i) out[i] = gathered[known[i]];
-    return store;
-  }
-  // Stable, so repeated names stay in stream order for the settling below.
-  if (count <= kSmall) {
-    for (uint32_t i = 1; i < count; ++i) {
-      SortKey moving = keys[i];
-      uint32_t j = i;
-      for (; j > 0 && less(moving, keys[j - 1]); --j) keys[j] = keys[j - 1];
-      keys[j] = moving;
-    }
-  } else {
-    std::stable_sort(keys.data(), keys.data() + count, less);
-  }
   uint32_t n = 0;
   for (uint32_t i = 0; i < count; ++i) {
-    Entry& next = gathered[keys[i].index];
-    if (n > 0 && keys[i - 1].prefix == keys[i].prefix && out[n - 1].name.view() == next.name.view()) {
+    Entry& next = gathered[order[i]];
+    if (n > 0 && order.repeats(i)) {
       Entry& kept = out[n - 1];
       bool keepOld = rule == Repeats::kLikeSetProperty && kept.value && isReadOnly(static_cast<uint32_t>(kept.value->getType()));
       if (!keepOld) std::swap(kept.value, next.value);
@@ -131,7 +115,6 @@ ObjectStore* settleEntries(Entry* gathered, uint32_t count, Repeats rule, ShapeM
     out[n++] = next;
   }
   store->size = n;
-  if (memo && n == count) memo->remember(gathered, keys.data(), count);
   return store;
 }
 
