@@ -80,7 +80,7 @@ class EntryOrder {
 
   // The stream index of the entry in sorted place `i`.
   uint32_t operator[](uint32_t i) const { return m_known ? m_known[i] : m_keys[i].index; }
-  // Whether some name is there more than once.
+  // Whether every name is there once.
   bool unique() const { return m_unique; }
   // Whether the entry in sorted place `i` (i >= 1) has the name of the one before it.
   bool repeats(uint32_t i) const { return !m_unique && sameName(i); }
