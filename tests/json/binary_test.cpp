@@ -79,6 +79,10 @@ TEST(BinaryStream, ReaderEdgeCases) {
   struct Row { const char* hex; const char* json; } rows[] = {
       // the name "a" twice: the later value wins
       {"02 00 02 00 00 00 01 00 00 00 61 10 00 01 00 00 00 00 00 00 00 01 00 00 00 61 10 00 02 00 00 00 00 00 00 00", R"({"a":2})"},
+      // the name "a" three times: the last value wins
+      {"02 00 03 00 00 00 01 00 00 00 61 10 00 01 00 00 00 00 00 00 00 01 00 00 00 61 10 00 02 00 00 00 00 00 00 00 "
+       "01 00 00 00 61 10 00 03 00 00 00 00 00 00 00",
+       R"({"a":3})"},
       // names out of order are sorted; a name length of -1 is an empty name
       {"02 00 02 00 00 00 01 00 00 00 62 08 00 01 00 00 00 00 00 00 00 ff ff ff ff 08 00 00 00 00 00 00 00 00 00",
        R"({"":false,"b":true})"},

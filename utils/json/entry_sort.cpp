@@ -104,7 +104,8 @@ ObjectStore* settleEntries(Entry* gathered, uint32_t count, Repeats rule, ShapeM
   uint32_t n = 0;
   for (uint32_t i = 0; i < count; ++i) {
     Entry& next = gathered[order[i]];
-    if (n > 0 && order.repeats(i)) {
+    // Compared with the entry kept: the names of the repeats before it are freed already.
+    if (n > 0 && !order.unique() && out[n - 1].name.view() == next.name.view()) {
       Entry& kept = out[n - 1];
       bool keepOld = rule == Repeats::kLikeSetProperty && kept.value && isReadOnly(static_cast<uint32_t>(kept.value->getType()));
       if (!keepOld) std::swap(kept.value, next.value);

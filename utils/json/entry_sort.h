@@ -82,7 +82,8 @@ class EntryOrder {
   uint32_t operator[](uint32_t i) const { return m_known ? m_known[i] : m_keys[i].index; }
   // Whether every name is there once.
   bool unique() const { return m_unique; }
-  // Whether the entry in sorted place `i` (i >= 1) has the name of the one before it.
+  // Whether the entry in sorted place `i` (i >= 1) has the name of the one before it; both
+  // names must still be there.
   bool repeats(uint32_t i) const { return !m_unique && sameName(i); }
 
  private:
