@@ -8,7 +8,6 @@
 // the free that brings the count to zero gives the chunk back: to that thread's few spares (the
 // next chunk it fills) or to the system.
 #include <atomic>
-#include <cstdlib>
 #include <new>
 
 #include <zrad/json.h>
@@ -83,17 +82,6 @@ __attribute__((noinline)) void* nextChunkBlock(ChunkState& s, size_t size) {
   s.handed = 1;
   return s.next - size;
 }
-
-SlabHead* newSlab(bool chunk) {
-  void* p = std::aligned_alloc(kSlabBytes, kSlabBytes);
-  if (!p) throw ZrError(Zrad::eOutOfMemory);
-  auto* head = new (p) SlabHead;
-  head->chunk = chunk;
-  head->live.store(0, std::memory_order_relaxed);
-  return head;
-}
-
-void freeSlab(SlabHead* slab) { std::free(slab); }
 
 // A thread that is exiting builds from the pool: it would have no one to retire its chunk.
 BulkBuild::BulkBuild() : m_open(!tChunks.closed) { tChunks.building += m_open; }

@@ -30,10 +30,13 @@ constexpr bool kPooled = true;
 constexpr size_t kSlabBytes = 32 * 1024;
 constexpr size_t kElementBytes = 32;  // sizeof(ElementValue)
 
+struct SlabRegion;  // the mapping a slab was cut from (slab_regions_posix.cpp)
+
 struct SlabHead {
   bool chunk;
   // A chunk's blocks not yet freed (see element_slab.cpp for how a filling chunk counts).
   std::atomic<uint32_t> live;
+  SlabRegion* region;
 };
 // Blocks start this far into a slab; it keeps elements on 32-byte boundaries.
 constexpr size_t kSlabHeadBytes = 32;
