@@ -72,6 +72,25 @@ TEST(ElementStorage, ChunksComeBackWhenTheirLastElementDies) {
   EXPECT_EQ(textOf(second), textOf(third));
 }
 
+// A tree of over 100 MB goes back to the system when dropped, except where a subtree still
+// lives; that memory must stay as it was while the next tree takes what was given back.
+TEST(ElementStorage, MemoryOfLargeTreesGoesBack) {
+  std::string row = "[";
+  for (int i = 0; i < 100; ++i) row += (i ? "," : "") + std::to_string(i);
+  row += "]";
+  std::string text = "[" + row;
+  for (int i = 1; i < 30000; ++i) text += "," + row;
+  text += "]";
+  std::vector<ZrJsonPtr> kept;
+  {
+    ZrJsonPtr tree = ZrJson::readjson(text.c_str());
+    for (int i = 0; i < 30000; i += 997) kept.push_back(tree(i));
+  }
+  ZrJsonPtr next = ZrJson::readjson(text.c_str());
+  ASSERT_EQ(next.ArrayCount(), 30000);
+  for (const ZrJsonPtr& k : kept) ASSERT_EQ(textOf(k), row);
+}
+
 // A big array with no array around it keeps the reader's own item block; arrays inside arrays
 // get blocks of their own. Either way the array reads back whole and grows and shrinks.
 TEST(ElementStorage, LargeArraysReadInOneGo) {
