@@ -181,6 +181,10 @@ TEST(TreeOps, BEqual) {
       {"[1]", "[\"1\"]", false},           {R"(["a"])", R"(["b"])", false},
       {"[null]", "[null]", true},           {"{}", "[]", false},
       {R"({"a":[1,{"b":{"c":[2]}}]})", R"({"a":[{"b":{"c":[2]}},1]})", true},
+      // alike up to the last member
+      {R"({"a":1,"b":"x","c":3})", R"({"a":1,"b":"x","c":4})", false},
+      {R"({"a":1,"b":"x","c":3})", R"({"a":1,"b":"x","d":3})", false},
+      {"[1,2,3,4]", "[1,2,4,3]", true},     {"[1,2,3,[4]]", "[1,2,3,[5]]", false},
   };
   for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
     EXPECT_EQ(parse(rows[i].a)->bEqual(parse(rows[i].b)), rows[i].equal) << "row " << i;
