@@ -8,9 +8,6 @@
 // the free that brings the count to zero gives the chunk back: to that thread's few spares (the
 // next chunk it fills) or to the system.
 #include <atomic>
-#include <new>
-
-#include <zrad/json.h>
 
 #include "json/element_pool.h"
 #include "json/element_slab.h"
