@@ -96,9 +96,9 @@ bool EntryOrder::sameName(uint32_t i) const {
          m_gathered[m_keys[i - 1].index].view() == m_gathered[m_keys[i].index].view();
 }
 
-ObjectStore* settleEntries(Entry* gathered, uint32_t count, Repeats rule, ShapeMemo* memo) {
+ObjectStore* settleEntries(Entry* gathered, uint32_t count, Repeats rule) {
   if (count == 0) return nullptr;
-  EntryOrder order(namesOf(gathered), count, memo);
+  EntryOrder order(namesOf(gathered), count, nullptr);
   auto* store = static_cast<ObjectStore*>(newBlock(sizeof(Entry), count));
   Entry* out = store->items();
   uint32_t n = 0;

@@ -48,7 +48,7 @@ class ShapeMemo {
 
  private:
   struct Shape;
-  std::unique_ptr<Shape[]> m_shapes;  // one per count up to kMaxCount, made on first use
+  std::unique_ptr<Shape[]> m_shapes;  // one per count up to KeyBuffer::kSmall, made on first use
 };
 
 // Room for `n` sort keys: on the stack for small counts, else on the heap.
@@ -98,6 +98,6 @@ class EntryOrder {
 // A block of the entries `gathered` in stream order, sorted by name with repeated names settled
 // by `rule`; null when count is 0. Every name and value moves into the block or is freed; if
 // memory runs out (ZrError thrown) they all stay with `gathered`.
-ObjectStore* settleEntries(Entry* gathered, uint32_t count, Repeats rule, ShapeMemo* memo = nullptr);
+ObjectStore* settleEntries(Entry* gathered, uint32_t count, Repeats rule);
 
 }  // namespace zrad::json

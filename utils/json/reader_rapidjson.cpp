@@ -268,7 +268,10 @@ class TreeBuilder {
       if (extent == count) {  // no trees among the members: they are sorted where they lie
         EntryOrder order(NameList{reinterpret_cast<const char*>(&m_tape[first]), sizeof(Node)}, count, &m_shapes);
         auto at = [&](uint32_t i) { return first + i; };
-        if (order.unique()) return fill(*object, count, [&](uint32_t i) { return at(order[i]); }), object;
+        if (order.unique()) {
+          fill(*object, count, [&](uint32_t i) { return at(order[i]); });
+          return object;
+        }
         keep(order, count, at);
       } else {
         m_names.resize(count);
