@@ -10,7 +10,8 @@
 #     from the seed corpus fuzz/<family>/corpus/json_text/ and the kept inputs
 #     tests/data/<family>/json_text/; in test builds instead a program replay_json_text that
 #     runs those inputs through the same entry point, as the test fuzz_json_text
-#   zrad_add_family_dirs()  adds every subdirectory of the current one that has a CMakeLists.txt
+#   zrad_add_family_dirs()  adds every subdirectory of the current one that has a CMakeLists.txt,
+#     but not one named after a subsystem left out of ZRAD_SUBSYSTEMS
 
 function(zrad_add_subsystem name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;LIBS" ${ARGN})
@@ -106,6 +107,10 @@ endfunction()
 function(zrad_add_family_dirs)
   file(GLOB dirs LIST_DIRECTORIES true CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*)
   foreach(dir IN LISTS dirs)
+    get_filename_component(family ${dir} NAME)
+    if(family IN_LIST ZRAD_ALL_SUBSYSTEMS AND NOT family IN_LIST ZRAD_SUBSYSTEMS)
+      continue()
+    endif()
     if(EXISTS ${dir}/CMakeLists.txt)
       add_subdirectory(${dir})
     endif()
