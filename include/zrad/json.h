@@ -380,8 +380,9 @@ class ZRAD_EXPORT ElementValue : public IElementValueBase {
     char textTail[8];
   } m_second{0};
 
-  // A new element with a count of 1 and the type word `type`, nothing initialised.
-  static ElementValue* make(uint32_t type);
+  // A new element in `block` (an element's block of the library's own) with a count of 1 and
+  // the type word `type`, nothing initialised.
+  static ElementValue* make(void* block, uint32_t type);
 
  private:
   ElementValue() = default;

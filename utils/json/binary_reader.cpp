@@ -86,10 +86,11 @@ bool takeCount(const char*& p, const char* end, uint64_t minBytes, uint32_t& cou
   return count <= static_cast<uint64_t>(end - p) / minBytes;
 }
 
-// Reads the type and, for a scalar, its body into the fresh null element `e`; for an Array or
-// Object only the member count. Returns the position after it, or null.
+// Reads the type and, for a scalar, its body into the fresh null element `e` (a text block
+// taken with `s`); for an Array or Object only the member count. Returns the position after
+// it, or null.
 // Inlined: the decoder calls it for every element.
-__attribute__((always_inline)) inline const char* readHead(ElementValue& e, const char* p, const char* end, uint32_t& count) {
+__attribute__((always_inline)) inline const char* readHead(ChunkState& s, ElementValue& e, const char* p, const char* end, uint32_t& count) {
   int16_t type;
   if (!take(p, end, type)) return nullptr;
   uint32_t t = static_cast<uint32_t>(static_cast<int>(type));
@@ -101,7 +102,7 @@ __attribute__((always_inline)) inline const char* readHead(ElementValue& e, cons
     case etString: {
       std::string_view text;
       ok = takeText(p, end, text);
-      if (ok) initText(e, text);
+      if (ok) initText(s, e, text);
       break;
     }
     case etByteBlock: {
@@ -142,11 +143,14 @@ bool isOpen(const ElementValue& e) {
 // member can take: memory stays in proportion to the stream whatever the counts claim.
 class Decoder {
  public:
+  // Takes its blocks with the chunk state of the bulk build it works in.
+  explicit Decoder(ChunkState& chunks) : m_chunks(chunks) {}
+
   // Decodes the element at `p` into the fresh null element `root`; the position after it, or
   // null. What was built so far hangs on `root` either way.
   const char* decode(ElementValue& root, const char* p, const char* end) {
     uint32_t count = 0;
-    if (!(p = readHead(root, p, end, count))) return nullptr;
+    if (!(p = readHead(m_chunks, root, p, end, count))) return nullptr;
     if (isOpen(root) && !open(root, count, static_cast<uint64_t>(end - p))) return nullptr;
     while (!m_frames.empty()) {
       Frame& top = m_frames.back();
@@ -157,7 +161,7 @@ class Decoder {
       }
       --top.left;
       m_promised -= top.minBytes;
-      ElementValue* child = ElementAccess::make(etNullFlag);
+      ElementValue* child = ElementAccess::make(m_chunks, etNullFlag);
       if (top.object) {
         auto* store = static_cast<ObjectStore*>(top.block);
         Entry& entry = store->items()[store->size++];
@@ -165,14 +169,14 @@ class Decoder {
         entry.value = child;
         std::string_view name;
         if (!takeText(p, end, name)) return nullptr;
-        makeName(entry.name, name);
+        makeName(m_chunks, entry.name, name);
         // A stream we wrote lists names in order: checked here, the block needs no sort.
         if (top.sorted && store->size > 1) top.sorted = compareNames((&entry)[-1].name.view(), name) < 0;
       } else {
         auto* store = static_cast<ItemStore*>(top.block);
         store->items()[store->size++] = child;
       }
-      if (!(p = readHead(*child, p, end, count))) return nullptr;
+      if (!(p = readHead(m_chunks, *child, p, end, count))) return nullptr;
       if (isOpen(*child) && !open(*child, count, static_cast<uint64_t>(end - p))) return nullptr;
     }
     return p;
@@ -197,7 +201,7 @@ class Decoder {
     if (m_promised > left || needed > left - m_promised) return false;
     void* block = nullptr;
     if (count) {
-      block = newBlock(object ? sizeof(Entry) : sizeof(IElementValueBase*), count);
+      block = newBlock(m_chunks, object ? sizeof(Entry) : sizeof(IElementValueBase*), count);
       static_cast<Block<char>*>(block)->size = 0;
       ElementAccess::word(node) = reinterpret_cast<uint64_t>(block);
     }
@@ -217,6 +221,7 @@ class Decoder {
 
   std::vector<Frame> m_frames;
   uint64_t m_promised = 0;  // bytes the members still to read take at least
+  ChunkState& m_chunks;
 };
 
 bool decode(ElementValue& target, ZrStreamBuf& stream) {
@@ -224,7 +229,7 @@ bool decode(ElementValue& target, ZrStreamBuf& stream) {
   auto& decoded = static_cast<ElementValue&>(*fresh);
   Source source(stream);
   BulkBuild bulk;
-  const char* after = Decoder().decode(decoded, source.begin, source.end);
+  const char* after = Decoder(bulk.chunks()).decode(decoded, source.begin, source.end);
   source.finish(after ? after : source.begin);
   if (!after) return false;
   takeContent(target, decoded);

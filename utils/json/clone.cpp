@@ -24,7 +24,7 @@ namespace {
 // value as they are, except that containers come out empty, a byte block gets bytes of its own,
 // an object pointer a reference of its own, and an owned pointer and kind 0x42 a zero value
 // (owned memory is never shared between two elements).
-ElementValue* copyOtherFields(const ElementValue& source) {
+ElementValue* copyOtherFields(ChunkState& s, const ElementValue& source) {
   const uint32_t type = ElementAccess::type(source);
   const uint64_t word = ElementAccess::word(source);
   uint64_t copied = 0;
@@ -45,26 +45,26 @@ ElementValue* copyOtherFields(const ElementValue& source) {
       break;
     default: break;
   }
-  ElementValue* copy = ElementAccess::make(type);
+  ElementValue* copy = ElementAccess::make(s, type);
   ElementAccess::word(*copy) = copied;
   ElementAccess::byteBlock(*copy) = block;
   return copy;
 }
 
-// The copy of a writable ElementValue without its members (inline for the Strings and plain
-// values that make up most of a tree).
-inline ElementValue* copyFields(const ElementValue& source) {
+// The copy of a writable ElementValue without its members, its blocks taken with `s` (inline
+// for the Strings and plain values that make up most of a tree).
+inline ElementValue* copyFields(ChunkState& s, const ElementValue& source) {
   const uint32_t type = ElementAccess::type(source);
   const int kind = kindOf(type);
   if (kind == etString) {
-    ElementValue* copy = ElementAccess::make(type);
-    initText(*copy, textOf(source));
+    ElementValue* copy = ElementAccess::make(s, type);
+    initText(s, *copy, textOf(source));
     return copy;
   }
   // The plain kinds, whose value word is the whole value, are the single bits from etBoolean
   // up: Boolean, Integer, Double, Pointer and Time.
-  if (kind < etBoolean || (kind & (kind - 1)) != 0) return copyOtherFields(source);
-  ElementValue* copy = ElementAccess::make(type);
+  if (kind < etBoolean || (kind & (kind - 1)) != 0) return copyOtherFields(s, source);
+  ElementValue* copy = ElementAccess::make(s, type);
   ElementAccess::word(*copy) = ElementAccess::word(source);
   return copy;
 }
@@ -97,8 +97,8 @@ __attribute__((noinline)) IElementValueBase* copyReference(const IElementValueBa
 
 // A copy of the element the walk met, without its members, as a reference the caller owns.
 // Read-only elements are shared, not copied.
-inline IElementValueBase* copyShallow(const Member& m) {
-  if (m.own && !isReadOnly(ElementAccess::type(*m.own))) return copyFields(*m.own);
+inline IElementValueBase* copyShallow(ChunkState& s, const Member& m) {
+  if (m.own && !isReadOnly(ElementAccess::type(*m.own))) return copyFields(s, *m.own);
   return copyReference(*m.element);
 }
 
@@ -116,23 +116,26 @@ class CloneVisitor {
     bool sorted;         // the names so far are in order and all different
   };
 
+  // Takes its blocks with the chunk state of the bulk build it works in.
+  explicit CloneVisitor(ChunkState& chunks) : m_chunks(chunks) {}
+
   // The copy of the root, once the walk has met it.
   ZrJsonPtr copy;
 
   bool leaf(const Member& m, Open* parent) {
-    place(m, m.element ? copyShallow(m) : nullptr, parent);
+    place(m, m.element ? copyShallow(m_chunks, m) : nullptr, parent);
     return true;
   }
 
   Enter open(const Member& m, uint32_t count, Open* parent, Open& opened) {
-    IElementValueBase* made = copyShallow(m);
+    IElementValueBase* made = copyShallow(m_chunks, m);
     place(m, made, parent);
     if (made == m.element) return Enter::kSkip;  // read-only: shared with its members
     auto& container = static_cast<ElementValue&>(*made);
     const bool object = kindOf(ElementAccess::type(container)) == etObject;
     void* block = nullptr;
     if (count) {
-      block = newBlock(object ? sizeof(Entry) : sizeof(IElementValueBase*), count);
+      block = newBlock(m_chunks, object ? sizeof(Entry) : sizeof(IElementValueBase*), count);
       static_cast<Block<char>*>(block)->size = 0;
       ElementAccess::word(container) = reinterpret_cast<uint64_t>(block);
     }
@@ -161,7 +164,7 @@ class CloneVisitor {
     if (parent->object) {
       auto* store = static_cast<ObjectStore*>(parent->block);
       Entry& entry = store->items()[store->size];
-      makeName(entry.name, m.name);
+      makeName(m_chunks, entry.name, m.name);
       entry.value = made;
       if (parent->mayBeUnsorted && store->size)
         parent->sorted = parent->sorted && compareNames((&entry)[-1].name.view(), m.name) < 0;
@@ -171,6 +174,8 @@ class CloneVisitor {
       store->items()[store->size++] = made;
     }
   }
+
+  ChunkState& m_chunks;
 };
 
 }  // namespace
@@ -178,7 +183,7 @@ class CloneVisitor {
 
 ZrJsonPtr IElementValueBase::clone() const {
   zrad::json::BulkBuild bulk;
-  zrad::json::CloneVisitor visitor;
+  zrad::json::CloneVisitor visitor(bulk.chunks());
   auto walk = [&] { return zrad::json::walkTree(*this, visitor); };
   if (zrad::json::platformOutOfMemory(walk) == zrad::json::WalkEnd::kDone) return visitor.copy;
   ZRAD_LOG(5, "utils/zradjson", "clone: the tree contains itself");

@@ -47,17 +47,22 @@ ZrJsonPtr ElementValue::createObject(int type) {
 ElementValue::~ElementValue() { freePointerValue(); }
 
 void ElementValue::freePointerValue() {
-  switch (kindOf(m_type)) {
-    case etArray: freeItems(static_cast<ItemStore*>(m_value.p)); break;
-    case etObject: freeEntries(m_value.u); break;
-    case etString: freeText(*this); break;
-    case etByteBlock: std::free(m_second.byteBlock); break;
-    case etOwnedPointer: if (m_value.p) zrrxFree(m_value.p); break;
-    case etRxObjectPointer: if (m_value.p) zrrxRelease(static_cast<ZrRxObject*>(m_value.p)); break;
-    default: break;
-  }
+  freeStorage(tChunks, *this);
   m_value.u = 0;
   m_second.word = 0;
+}
+
+void zrad::json::freeStorage(ChunkState& s, ElementValue& e) {
+  void* p = reinterpret_cast<void*>(ElementAccess::word(e));
+  switch (kindOf(ElementAccess::type(e))) {
+    case etArray: freeItems(s, static_cast<ItemStore*>(p)); break;
+    case etObject: freeEntries(s, ElementAccess::word(e)); break;
+    case etString: freeText(s, e); break;
+    case etByteBlock: std::free(ElementAccess::byteBlock(e)); break;
+    case etOwnedPointer: if (p) zrrxFree(p); break;
+    case etRxObjectPointer: if (p) zrrxRelease(static_cast<ZrRxObject*>(p)); break;
+    default: break;
+  }
 }
 
 void ElementValue::initWithType(int type) {

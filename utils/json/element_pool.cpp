@@ -25,6 +25,7 @@ namespace {
 
 constexpr int kClasses = 6;
 constexpr size_t kClassSize[kClasses] = {32, 64, 128, 256, 512, 1024};
+static_assert(kClassSize[kClasses - 1] == kLargestPooled, "the largest class");
 constexpr size_t kBatch = 1024;           // blocks moved between a thread and the stock at once
 constexpr size_t kSlots = 2 * kBatch;     // free blocks a thread keeps per class at most
 
@@ -191,7 +192,7 @@ __attribute__((noinline)) void poolFree(void* block, size_t size) {
   if (!block) return;
   int c = kPooled ? classOf(size) : -1;
   if (c < 0) std::free(block);
-  else if (slabOf(block)->chunk) freeChunkBlock(block);
+  else if (slabOf(block)->chunk) freeChunkBlock(tChunks, block);
   else give(c, block);
 }
 
@@ -207,7 +208,7 @@ void* poolElementBlock() { return kPooled ? take(0) : poolAlloc(sizeof(ElementVa
 
 void freeElementBlock(void* block) {
   if (!kPooled) poolFree(block, sizeof(ElementValue));
-  else if (slabOf(block)->chunk) freeChunkBlock(block);
+  else if (slabOf(block)->chunk) freeChunkBlock(tChunks, block);
   else give(0, block);
 }
 

@@ -19,6 +19,8 @@ bool fromMalloc(size_t size);
 void* poolElementBlock();
 void freeElementBlock(void* block);
 
+struct ChunkState;  // element_slab.h
+
 // While a BulkBuild is open on a thread, the small blocks the thread asks for (elements, texts,
 // names, member blocks up to 1 KiB) are cut one after another from the thread's current chunk,
 // so a tree read, cloned or decoded in one go lies in memory in the order its walks visit it.
@@ -30,19 +32,12 @@ class BulkBuild {
   BulkBuild(const BulkBuild&) = delete;
   BulkBuild& operator=(const BulkBuild&) = delete;
 
- private:
-  bool m_open;
-};
+  // The thread's chunk state, for the builder to hand to every block it takes.
+  ChunkState& chunks() const { return m_s; }
 
-// Inside a FreeBatch, blocks given back to chunks are counted off once per run of blocks of
-// the same chunk rather than once per block (a tree is dropped in the order it was laid out);
-// the outermost batch settles the last run when it ends. Defined in element_slab.h.
-class FreeBatch {
- public:
-  inline FreeBatch();
-  inline ~FreeBatch();
-  FreeBatch(const FreeBatch&) = delete;
-  FreeBatch& operator=(const FreeBatch&) = delete;
+ private:
+  ChunkState& m_s;
+  bool m_open;
 };
 
 }  // namespace zrad::json

@@ -81,7 +81,7 @@ __attribute__((noinline)) void* nextChunkBlock(ChunkState& s, size_t size) {
 }
 
 // A thread that is exiting builds from the pool: it would have no one to retire its chunk.
-BulkBuild::BulkBuild() : m_open(!tChunks.closed) { tChunks.building += m_open; }
-BulkBuild::~BulkBuild() { tChunks.building -= m_open; }
+BulkBuild::BulkBuild() : m_s(tChunks), m_open(!m_s.closed) { m_s.building += m_open; }
+BulkBuild::~BulkBuild() { m_s.building -= m_open; }
 
 }  // namespace zrad::json

@@ -28,6 +28,7 @@ constexpr bool kPooled = true;
 #endif
 
 constexpr size_t kSlabBytes = 32 * 1024;
+constexpr size_t kLargestPooled = 1024;  // larger blocks come from malloc
 constexpr size_t kElementBytes = 32;  // sizeof(ElementValue)
 
 struct SlabRegion;  // the mapping a slab was cut from (slab_regions_posix.cpp)
@@ -55,6 +56,10 @@ constexpr uint32_t kSpares = 16;  // empty chunks a thread keeps for its next bu
 // A thread's chunks. A plain thread variable, trivially destructible (usable while other
 // thread-local objects are destroyed), with the paths taken for every block inline: that takes
 // about 6% off reading and dropping json_bench's outlines (readfree_outlines, instructions).
+// The builders and the drop look it up once per tree and hand it to every block they take or
+// give back: each lookup is a call through the thread's TLS descriptor, and making one per
+// block cost 10-20% of the time of reading, cloning and dropping json_bench's outlines, config
+// and drawing.
 struct ChunkState {
   int building;  // open BulkBuilds
   int batching;  // open FreeBatches
@@ -82,12 +87,18 @@ inline void* chunkBlock(ChunkState& s, size_t size) {
   return block;
 }
 
-// The block of one ElementValue; inline for the bulk builders, which make most elements: that
-// takes 7% off a binary read of json_bench's outlines (instructions).
-inline void* elementBlock() {
-  ChunkState& s = tChunks;
+// The block of one ElementValue, with the thread's chunk state `s` at hand; inline for the bulk
+// builders, which make most elements: that takes 7% off a binary read of json_bench's outlines
+// (instructions).
+inline void* elementBlock(ChunkState& s) {
   if (kPooled && s.building) return chunkBlock(s, kElementBytes);
   return poolElementBlock();
+}
+
+// A block of `size` bytes as poolAlloc gives it, with the thread's chunk state `s` at hand.
+inline void* allocBlock(ChunkState& s, size_t size) {
+  if (kPooled && s.building && size <= kLargestPooled) return chunkBlock(s, size);
+  return poolAlloc(size);
 }
 
 void countOff(ChunkState& s, SlabHead* chunk, uint32_t n) noexcept;
@@ -95,18 +106,35 @@ void settle(ChunkState& s) noexcept;
 // A freed block of `chunk` that does not extend the pending run.
 void freeChunkBlockSlow(ChunkState& s, SlabHead* chunk) noexcept;
 
-// Inline: a tree's drop opens one for every container it empties.
-inline FreeBatch::FreeBatch() { ++tChunks.batching; }
-inline FreeBatch::~FreeBatch() {
-  if (--tChunks.batching == 0) settle(tChunks);
-}
+// Inside a FreeBatch, blocks given back to chunks are counted off once per run of blocks of
+// the same chunk rather than once per block (a tree is dropped in the order it was laid out);
+// the outermost batch settles the last run when it ends. Inline: a drop opens one for every
+// container it empties.
+class FreeBatch {
+ public:
+  explicit FreeBatch(ChunkState& s) : m_s(s) { ++s.batching; }
+  ~FreeBatch() {
+    if (--m_s.batching == 0) settle(m_s);
+  }
+  FreeBatch(const FreeBatch&) = delete;
+  FreeBatch& operator=(const FreeBatch&) = delete;
+
+ private:
+  ChunkState& m_s;
+};
 
 // A block of a chunk goes back (the slab of `block` must be a chunk).
-inline void freeChunkBlock(void* block) noexcept {
-  ChunkState& s = tChunks;
+inline void freeChunkBlock(ChunkState& s, void* block) noexcept {
   SlabHead* c = slabOf(block);
   if (c != s.pending || !s.batching) return freeChunkBlockSlow(s, c);
   ++s.pendingCount;
+}
+
+// Gives back the non-null `block` of `size` bytes (as asked of poolAlloc; an element's is
+// kElementBytes) with the thread's chunk state `s` at hand.
+inline void freeBlockIn(ChunkState& s, void* block, size_t size) noexcept {
+  if (kPooled && size <= kLargestPooled && slabOf(block)->chunk) return freeChunkBlock(s, block);
+  poolFree(block, size);
 }
 
 }  // namespace zrad::json

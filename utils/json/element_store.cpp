@@ -17,14 +17,14 @@ size_t blockBytes(size_t itemSize, uint32_t capacity) { return sizeof(Block<char
 
 static_assert(sizeof(ElementValue) == 32, "a short String's text spans the value and second words");
 
-void freeText(ElementValue& e) {
+void freeText(ChunkState& s, ElementValue& e) {
   if (ElementAccess::words(e)[15]) return;
   auto* t = reinterpret_cast<TextStore*>(ElementAccess::word(e));
-  if (t) poolFree(t, sizeof(TextStore) + t->size + 1);
+  if (t) freeBlockIn(s, t, sizeof(TextStore) + t->size + 1);
 }
 
-void textBlockWords(std::string_view text, uint64_t& lo, uint64_t& hi) {
-  auto* t = static_cast<TextStore*>(poolAlloc(sizeof(TextStore) + text.size() + 1));
+void textBlockWords(ChunkState& s, std::string_view text, uint64_t& lo, uint64_t& hi) {
+  auto* t = static_cast<TextStore*>(allocBlock(s, sizeof(TextStore) + text.size() + 1));
   t->size = static_cast<uint32_t>(text.size());
   std::memcpy(t->data(), text.data(), text.size());
   t->data()[text.size()] = 0;
@@ -34,21 +34,21 @@ void textBlockWords(std::string_view text, uint64_t& lo, uint64_t& hi) {
 
 void setText(ElementValue& e, std::string_view text) {
   uint64_t lo, hi;
-  textWords(text, lo, hi);
+  ChunkState& s = tChunks;
+  textWords(s, text, lo, hi);
   // The text may be `e`'s own: it is copied before the old one is freed.
-  freeText(e);
+  freeText(s, e);
   ElementAccess::word(e) = lo;
   ElementAccess::second(e) = hi;
 }
 
-void makeHeapName(Name& name, std::string_view text) {
-  char* heap = static_cast<char*>(poolAlloc(text.size()));
+void makeHeapName(ChunkState& s, Name& name, std::string_view text) {
+  char* heap = static_cast<char*>(allocBlock(s, text.size()));
   std::memcpy(heap, text.data(), text.size());
   std::memcpy(name.bytes, &heap, sizeof heap);
   name.size = static_cast<uint32_t>(text.size());  // last: a failed allocation leaves no heap name
 }
 
-void freeHeapName(Name& name) { poolFree(const_cast<char*>(name.view().data()), name.size); }
 
 void* growBlock(void* block, size_t itemSize, uint32_t needed) {
   uint32_t capacity = block ? static_cast<Block<char>*>(block)->capacity : 0;
@@ -69,27 +69,27 @@ void* growBlock(void* block, size_t itemSize, uint32_t needed) {
   return b;
 }
 
-void freeBlock(void* block, size_t itemSize) {
-  if (block) poolFree(block, blockBytes(itemSize, static_cast<Block<char>*>(block)->capacity));
+void freeBlock(ChunkState& s, void* block, size_t itemSize) {
+  if (block) freeBlockIn(s, block, blockBytes(itemSize, static_cast<Block<char>*>(block)->capacity));
 }
 
-void* newBlock(size_t itemSize, uint32_t count) {
-  auto* b = static_cast<Block<char>*>(poolAlloc(blockBytes(itemSize, count)));
+void* newBlock(ChunkState& s, size_t itemSize, uint32_t count) {
+  auto* b = static_cast<Block<char>*>(allocBlock(s, blockBytes(itemSize, count)));
   b->size = b->capacity = count;
   return b;
 }
 
-void* blockFrom(const void* items, size_t itemSize, uint32_t count) {
+void* blockFrom(ChunkState& s, const void* items, size_t itemSize, uint32_t count) {
   if (count == 0) return nullptr;
-  void* b = newBlock(itemSize, count);
+  void* b = newBlock(s, itemSize, count);
   copyBytes(static_cast<Block<char>*>(b)->items(), static_cast<const char*>(items), count * itemSize);
   return b;
 }
 
-void freeItems(ItemStore* store) {
+void freeItems(ChunkState& s, ItemStore* store) {
   if (!store) return;
-  for (uint32_t i = 0; i < store->size; ++i) releaseItem(store->items()[i]);
-  freeBlock(store, sizeof(IElementValueBase*));
+  for (uint32_t i = 0; i < store->size; ++i) releaseItem(s, store->items()[i]);
+  freeBlock(s, store, sizeof(IElementValueBase*));
 }
 
 int findEntry(const Entry* entries, uint32_t count, std::string_view name) {
@@ -106,13 +106,13 @@ int findEntry(const Entry* entries, uint32_t count, std::string_view name) {
 
 namespace {
 
-void freeEntryBlock(ObjectStore* store) {
+void freeEntryBlock(ChunkState& s, ObjectStore* store) {
   if (!store) return;
   for (uint32_t i = 0; i < store->size; ++i) {
-    freeName(store->items()[i].name);
-    releaseItem(store->items()[i].value);
+    freeName(s, store->items()[i].name);
+    releaseItem(s, store->items()[i].value);
   }
-  freeBlock(store, sizeof(Entry));
+  freeBlock(s, store, sizeof(Entry));
 }
 
 // The run that holds `name` or would take it: the last whose first name is not above it.
@@ -262,11 +262,11 @@ bool removeEntry(uint64_t& word, std::string_view name, IElementValueBase*& valu
   return true;
 }
 
-void freeEntries(uint64_t word) {
-  if (!hasRuns(word)) return freeEntryBlock(reinterpret_cast<ObjectStore*>(word));
+void freeEntries(ChunkState& s, uint64_t word) {
+  if (!hasRuns(word)) return freeEntryBlock(s, reinterpret_cast<ObjectStore*>(word));
   RunIndex* index = runsOf(word);
-  for (uint32_t r = 0; r < index->size; ++r) freeEntryBlock(index->items()[r].block);
-  freeBlock(index, sizeof(Run));
+  for (uint32_t r = 0; r < index->size; ++r) freeEntryBlock(s, index->items()[r].block);
+  freeBlock(s, index, sizeof(Run));
 }
 
 }  // namespace zrad::json

@@ -37,13 +37,17 @@ struct ElementAccess : ElementValue {
   static bool soleHolder(const IElementValueBase& e) {
     return (e.*&ElementAccess::m_refCount).load(std::memory_order_acquire) == 1;
   }
-  // A fresh element with count 1 that the caller owns.
-  static ElementValue* make(uint32_t type) { return ElementValue::make(type); }
+  // A fresh element with count 1 that the caller owns; the builders, which make many, pass
+  // the thread's chunk state they hold.
+  static ElementValue* make(zrad::json::ChunkState& s, uint32_t type) {
+    return ElementValue::make(zrad::json::elementBlock(s), type);
+  }
+  static ElementValue* make(uint32_t type) { return make(zrad::json::tChunks, type); }
 };
 
 // Inline: the readers make an element for every value they meet.
-inline ElementValue* ElementValue::make(uint32_t type) {
-  auto* e = new (zrad::json::elementBlock()) ElementValue();
+inline ElementValue* ElementValue::make(void* block, uint32_t type) {
+  auto* e = new (block) ElementValue();
   e->m_type = type;
   return e;
 }
@@ -74,8 +78,12 @@ inline ElementValue* asElement(IElementValueBase* e) {
   return e && typeid(*e) == typeid(ElementValue) ? static_cast<ElementValue*>(e) : nullptr;
 }
 
-// Drops the reference a stored pointer owns (null is accepted).
+// Drops the reference a stored pointer owns (null is accepted); the second form with the
+// thread's chunk state at hand, for drops that release many.
 void releaseItem(IElementValueBase* e);
+void releaseItem(ChunkState& s, IElementValueBase* e);
+// Frees what the element owns (its members, text or buffer); its words are left as they are.
+void freeStorage(ChunkState& s, ElementValue& e);
 
 // Copies `n` bytes; inline for the short names and texts that make up most of a tree, where a
 // call to memcpy costs more than the copy: memcpy here made a binary write of json_bench's feed
@@ -124,8 +132,8 @@ inline std::string_view textOf(const ElementValue& e) {
   return t ? std::string_view(t->data(), t->size) : std::string_view("", 0);
 }
 // The value and second words that hold a copy of `text` (a block for a long text).
-void textBlockWords(std::string_view text, uint64_t& lo, uint64_t& hi);
-inline void textWords(std::string_view text, uint64_t& lo, uint64_t& hi) {
+void textBlockWords(ChunkState& s, std::string_view text, uint64_t& lo, uint64_t& hi);
+inline void textWords(ChunkState& chunks, std::string_view text, uint64_t& lo, uint64_t& hi) {
   // A short text is built in registers: a copy through memory would be read back in wider
   // loads than it was written, which stalls the store queue, and a memcpy-based copy made a
   // clone of json_bench's feed 5% dearer (instructions).
@@ -135,7 +143,7 @@ inline void textWords(std::string_view text, uint64_t& lo, uint64_t& hi) {
   };
   const char* s = text.data();
   size_t n = text.size();
-  if (n > kInlineText) return textBlockWords(text, lo, hi);
+  if (n > kInlineText) return textBlockWords(chunks, text, lo, hi);
   lo = hi = 0;
   if (n >= 8) {
     lo = load(s, uint64_t());
@@ -150,11 +158,11 @@ inline void textWords(std::string_view text, uint64_t& lo, uint64_t& hi) {
 // Gives the String `e` a copy of `text` in place of the text it holds.
 void setText(ElementValue& e, std::string_view text);
 // Gives the fresh String `e`, which holds no text yet, a copy of `text`.
-inline void initText(ElementValue& e, std::string_view text) {
-  textWords(text, ElementAccess::word(e), ElementAccess::second(e));
+inline void initText(ChunkState& s, ElementValue& e, std::string_view text) {
+  textWords(s, text, ElementAccess::word(e), ElementAccess::second(e));
 }
 // Frees the text block of the String `e`, if it has one (the words are left as they are).
-void freeText(ElementValue& e);
+void freeText(ChunkState& s, ElementValue& e);
 
 // ---- property names ----
 
@@ -172,18 +180,19 @@ struct Name {
   }
 };
 
-void makeHeapName(Name& name, std::string_view text);
+void makeHeapName(ChunkState& s, Name& name, std::string_view text);
 // Fills `name` with a copy of `text`; pair with freeName.
-inline void makeName(Name& name, std::string_view text) {
-  if (text.size() > Name::kInline) return makeHeapName(name, text);
+inline void makeName(ChunkState& s, Name& name, std::string_view text) {
+  if (text.size() > Name::kInline) return makeHeapName(s, name, text);
   copyBytes(name.bytes, text.data(), text.size());
   name.size = static_cast<uint32_t>(text.size());
 }
-void freeHeapName(Name& name);
-inline void freeName(Name& name) {
-  if (name.size > Name::kInline) freeHeapName(name);
+inline void makeName(Name& name, std::string_view text) { makeName(tChunks, name, text); }
+inline void freeName(ChunkState& s, Name& name) {
+  if (name.size > Name::kInline) freeBlockIn(s, const_cast<char*>(name.view().data()), name.size);
   name.size = 0;
 }
+inline void freeName(Name& name) { freeName(tChunks, name); }
 
 // The first min(n, 8) of the n >= 1 bytes at `p` as a number that orders like the bytes do
 // (unsigned, big-endian; for fewer than 8 bytes, two overlapping loads that still compare in
@@ -237,18 +246,20 @@ using ObjectStore = Block<Entry>;
 // Grows `block` (null allowed) so it holds at least `needed` items; the result replaces it.
 void* growBlock(void* block, size_t itemSize, uint32_t needed);
 // A block of `count` items (count >= 1) not yet filled in.
-void* newBlock(size_t itemSize, uint32_t count);
+void* newBlock(ChunkState& s, size_t itemSize, uint32_t count);
+inline void* newBlock(size_t itemSize, uint32_t count) { return newBlock(tChunks, itemSize, count); }
 // A block with exactly `count` items copied from `items`; null when count is 0.
-void* blockFrom(const void* items, size_t itemSize, uint32_t count);
+void* blockFrom(ChunkState& s, const void* items, size_t itemSize, uint32_t count);
 // Frees a block (not its items); null is accepted.
-void freeBlock(void* block, size_t itemSize);
+void freeBlock(ChunkState& s, void* block, size_t itemSize);
+inline void freeBlock(void* block, size_t itemSize) { freeBlock(tChunks, block, itemSize); }
 
 inline uint32_t sizeOf(const void* block) {
   return block ? static_cast<const Block<char>*>(block)->size : 0;
 }
 
 // Releases every item and frees the block.
-void freeItems(ItemStore* store);
+void freeItems(ChunkState& s, ItemStore* store);
 
 // Index of `name` among the first `count` entries (in name order), or -(insertion point) - 1
 // when absent.
@@ -294,7 +305,7 @@ void insertEntry(uint64_t& word, std::string_view name, IElementValueBase* value
 // Takes `name` out; false when absent, else its value (whose reference the caller now holds).
 bool removeEntry(uint64_t& word, std::string_view name, IElementValueBase*& value);
 // Frees every name, releases every value and frees the blocks.
-void freeEntries(uint64_t word);
+void freeEntries(ChunkState& s, uint64_t word);
 
 // The members of an Array or Object.
 inline uint32_t memberCount(const ElementValue& container) {

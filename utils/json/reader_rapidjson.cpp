@@ -49,7 +49,7 @@ class ItemStack {
     m_block->items()[m_block->size++] = e;
   }
   // The items from `start` on, taken off the stack as an item block of their own (null for none).
-  ItemStore* take(size_t start) {
+  ItemStore* take(ChunkState& s, size_t start) {
     const uint32_t count = static_cast<uint32_t>(size() - start);
     if (count == 0) return nullptr;
     if (start == 0 && fromMalloc(bytes(count))) {
@@ -59,7 +59,7 @@ class ItemStack {
       m_block = nullptr;
       return whole;
     }
-    auto* part = static_cast<ItemStore*>(blockFrom(m_block->items() + start, sizeof(IElementValueBase*), count));
+    auto* part = static_cast<ItemStore*>(blockFrom(s, m_block->items() + start, sizeof(IElementValueBase*), count));
     m_block->size = static_cast<uint32_t>(start);
     return part;
   }
@@ -88,8 +88,9 @@ class ItemStack {
 // after its members, made json_bench's feed twice as slow to write).
 class TreeBuilder {
  public:
-  // Refuses to open more than `maxDepth` containers (tooDeep() tells).
-  explicit TreeBuilder(size_t maxDepth) : m_maxDepth(maxDepth) {}
+  // Refuses to open more than `maxDepth` containers (tooDeep() tells); takes its blocks with the
+  // chunk state of the bulk build it works in.
+  TreeBuilder(size_t maxDepth, ChunkState& chunks) : m_maxDepth(maxDepth), m_chunks(chunks) {}
   TreeBuilder(const TreeBuilder&) = delete;
   TreeBuilder& operator=(const TreeBuilder&) = delete;
   ~TreeBuilder() {
@@ -103,7 +104,7 @@ class TreeBuilder {
 
   bool Null() {
     // A null property becomes an empty String; a null item or root stays a null element.
-    return inObject() ? pend(etString, 0, 0) : add(ElementAccess::make(etNullFlag));
+    return inObject() ? pend(etString, 0, 0) : add(ElementAccess::make(m_chunks, etNullFlag));
   }
   bool Bool(bool b) { return scalar(etBoolean, b ? 1 : 0); }
   bool Int(int i) { return scalar(etInteger, static_cast<uint64_t>(static_cast<int64_t>(i))); }
@@ -130,7 +131,7 @@ class TreeBuilder {
     // The member's node gets its value once that is complete (a container's own members come
     // and go above it meanwhile).
     Node& node = m_tape.emplace_back();
-    makeName(node.name, name);
+    makeName(m_chunks, node.name, name);
     ++m_frames.back().count;
     return true;
   }
@@ -159,7 +160,7 @@ class TreeBuilder {
   }
   bool StartArray() { return open(false); }
   bool EndArray(rapidjson::SizeType) {
-    ItemStore* store = m_items.take(close().start);
+    ItemStore* store = m_items.take(m_chunks, close().start);
     return addWord(etArray, reinterpret_cast<uint64_t>(store));
   }
 
@@ -218,7 +219,7 @@ class TreeBuilder {
   }
 
   bool addWord(uint32_t type, uint64_t word) {
-    ElementValue* e = ElementAccess::make(type);
+    ElementValue* e = ElementAccess::make(m_chunks, type);
     ElementAccess::word(*e) = word;
     return add(e);
   }
@@ -242,13 +243,13 @@ class TreeBuilder {
   ElementValue* made(Node& node, size_t at) {
     if (node.type & kTree) return layOut(node.type & ~kTree, at + 1, static_cast<uint32_t>(node.word), node.size);
     if (isMade(node.type)) return reinterpret_cast<ElementValue*>(std::exchange(node.word, 0));
-    ElementValue* e = ElementAccess::make(node.type);
+    ElementValue* e = ElementAccess::make(m_chunks, node.type);
     if (kindOf(node.type) != etString) {
       ElementAccess::word(*e) = node.word;
       return e;
     }
     try {
-      initText(*e, std::string_view(reinterpret_cast<const char*>(node.word), node.size));
+      initText(m_chunks, *e, std::string_view(reinterpret_cast<const char*>(node.word), node.size));
     } catch (...) {
       releaseItem(e);
       throw;
@@ -261,7 +262,7 @@ class TreeBuilder {
   // order. Where a name repeats, a later value replaces an earlier one unless that one is
   // read-only. Names and made values move off the tape; what is left there is for discard.
   ElementValue* layOut(uint32_t type, size_t first, uint32_t count, size_t extent) {
-    ElementValue* object = ElementAccess::make(type);
+    ElementValue* object = ElementAccess::make(m_chunks, type);
     if (count == 0) return object;
     const size_t base = m_winners.size();
     try {
@@ -312,7 +313,7 @@ class TreeBuilder {
   // Gives `object` its block of `n` entries, made from the members at tape places `at(i)`.
   template <class At>
   void fill(ElementValue& object, uint32_t n, At at) {
-    auto* store = static_cast<ObjectStore*>(newBlock(sizeof(Entry), n));
+    auto* store = static_cast<ObjectStore*>(newBlock(m_chunks, sizeof(Entry), n));
     store->size = 0;
     ElementAccess::word(object) = reinterpret_cast<uint64_t>(store);  // dropped with the object
     for (uint32_t i = 0; i < n; ++i) {
@@ -349,6 +350,7 @@ class TreeBuilder {
   bool m_pendingReadOnly = false;  // the last name began with '*'
   ElementValue* m_root = nullptr;
   size_t m_maxDepth;
+  ChunkState& m_chunks;
 };
 
 // Moves the content of `built` (owned, released here) into `target`.
@@ -397,12 +399,12 @@ bool parse(ElementValue& target, std::string_view text, ParseFailure* failure) {
   BulkBuild bulk;
   rapidjson::Reader reader;
   constexpr unsigned kFlags = rapidjson::kParseDefaultFlags | rapidjson::kParseInsituFlag;
-  auto builder = std::make_unique<TreeBuilder>(kRecursiveDepth);
+  auto builder = std::make_unique<TreeBuilder>(kRecursiveDepth, bulk.chunks());
   rapidjson::InsituStringStream stream(copy.get());
   rapidjson::ParseResult result = reader.Parse<kFlags>(stream, *builder);
   if (result.IsError() && builder->tooDeep()) {  // the copy is decoded in part: start afresh
     fill();
-    builder = std::make_unique<TreeBuilder>(SIZE_MAX);
+    builder = std::make_unique<TreeBuilder>(SIZE_MAX, bulk.chunks());
     rapidjson::InsituStringStream again(copy.get());
     result = reader.Parse<kFlags | rapidjson::kParseIterativeFlag>(again, *builder);
   }
