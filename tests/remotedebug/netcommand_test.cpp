@@ -74,12 +74,16 @@ class NetCommandTest : public ::testing::Test {
 
 }  // namespace
 
+// Every command, then each file command on a name holding a zero: cut at its zero, "x\0y"
+// would name x and make, rename, remove, copy or send it.
 TEST_F(NetCommandTest, EveryCommandAnswersAsItsRowSays) {
   writeFile(dir / "a.txt", "hello");
   writeFile(dir / "up/a.txt", "uploaded");
+  writeFile(dir / "x", "kept");
   const std::string up = dir / "up/a.txt";
   const std::string M = "此文件（夹）不存在！";
-  const struct { const wchar_t *word, *arg1, *arg2; const char* attached; Texts texts; } rows[] = {
+  const ZrString cut(L"x\0y", 3);
+  const struct { const wchar_t* word; ZrString arg1, arg2; const char* attached; Texts texts; } rows[] = {
       {L"HELLO", L"", L"", nullptr, {"欢迎连接 本机"}},
       {L"VER", L"", L"", nullptr, {}},
       {L"CD", L"x", L"", nullptr, {}},
@@ -106,16 +110,27 @@ TEST_F(NetCommandTest, EveryCommandAnswersAsItsRowSays) {
       {L"UP", L"a.txt", L"", nullptr, {"上传失败！"}},
       {L"DOWN", L"missing", L"", nullptr, {M}},
       {L"DOWN", L"sub2", L"", nullptr, {M}},
+      {L"MD", ZrString(L"d\0", 2), L"", nullptr, {"新建失败！"}},
+      {L"RN", cut, L"z", nullptr, {}},
+      {L"RN", L"x", ZrString(L"z\0", 2), nullptr, {}},
+      {L"R", cut, L"", nullptr, {"删除失败！"}},
+      {L"CP", cut, L"z", nullptr, {"复制失败！"}},
+      {L"CP", L"x", ZrString(L"x\0z", 3), nullptr, {"复制失败！"}},
+      {L"UP", cut, L"", up.c_str(), {"上传失败！"}},
+      {L"DOWN", cut, L"", nullptr, {M}},
   };
   for (size_t i = 0; i < std::size(rows); ++i) {
     const Served served = serve(rows[i].word, rows[i].arg1, rows[i].arg2, rows[i].attached);
     EXPECT_TRUE(served.keepOpen) << "row " << i;
     EXPECT_EQ(served.texts, rows[i].texts) << "row " << i;
+    EXPECT_EQ(served.reply->fileCount(), 0) << "row " << i;
   }
   EXPECT_TRUE(isDir((dir / "sub2").c_str()));
   EXPECT_EQ(readFile(dir / "a-副本.txt"), "uploaded");  // a.txt was taken
   EXPECT_FALSE(exists(dir / "b.txt"));
   EXPECT_EQ(readFile(dir / "a.txt"), "hello");
+  for (const char* made : {"d", "z", "x-副本"}) EXPECT_FALSE(exists(dir / made)) << made;
+  EXPECT_EQ(readFile(dir / "x"), "kept");
 
   const Texts found = serve(L"FIND", L"*.txt").texts;
   ASSERT_EQ(found.size(), 1u);
@@ -125,34 +140,6 @@ TEST_F(NetCommandTest, EveryCommandAnswersAsItsRowSays) {
   EXPECT_TRUE(down.texts.empty());
   ASSERT_EQ(down.reply->fileCount(), 1);
   EXPECT_EQ(down.reply->getFilePath(1).str(), dir / "a.txt");
-}
-
-TEST_F(NetCommandTest, NamesHoldingAZeroActOnNothing) {
-  // Cut at its zero, "x\0y" would name x: made, renamed, removed, copied or sent.
-  writeFile(dir / "x", "kept");
-  writeFile(dir / "up", "uploaded");
-  const ZrString cut(L"x\0y", 3);
-  const std::string up = dir / "up";
-  const struct { const wchar_t* word; ZrString arg1, arg2; const char* attached; Texts texts; } rows[] = {
-      {L"MD", ZrString(L"d\0", 2), L"", nullptr, {"新建失败！"}},
-      {L"RN", cut, L"z", nullptr, {}},
-      {L"RN", L"x", ZrString(L"z\0", 2), nullptr, {}},
-      {L"R", cut, L"", nullptr, {"删除失败！"}},
-      {L"CP", cut, L"z", nullptr, {"复制失败！"}},
-      {L"CP", L"x", ZrString(L"x\0z", 3), nullptr, {"复制失败！"}},
-      {L"UP", cut, L"", up.c_str(), {"上传失败！"}},
-      {L"DOWN", cut, L"", nullptr, {"此文件（夹）不存在！"}},
-  };
-  for (size_t i = 0; i < std::size(rows); ++i) {
-    const Served served = serve(rows[i].word, rows[i].arg1, rows[i].arg2, rows[i].attached);
-    EXPECT_TRUE(served.keepOpen) << "row " << i;
-    EXPECT_EQ(served.texts, rows[i].texts) << "row " << i;
-    EXPECT_EQ(served.reply->fileCount(), 0) << "row " << i;
-  }
-  EXPECT_FALSE(exists(dir / "d"));
-  EXPECT_FALSE(exists(dir / "z"));
-  EXPECT_FALSE(exists(dir / "x-副本"));
-  EXPECT_EQ(readFile(dir / "x"), "kept");
 }
 
 TEST_F(NetCommandTest, RefusedRequestsEndTheConversationWithoutAnswer) {
