@@ -66,11 +66,10 @@ class Guarded : public ::testing::Test {
 TEST(GuardSettings, VerifiersAndRootsAreCheckedBeforeTheyAreTaken) {
   EXPECT_EQ(RvRemoteDebugService::passVerifierOf("abc").str(), "900150983cd24fb0d6963f7d28e17f72");
   TestDir dir;
-  const struct { const char* verifier; std::string root; bool taken; } rows[] = {{"", "", true},
-              {"900150983CD24FB0D6963F7D28E17F72", dir.path(), true},
-              {"900150983cd24fb0d6963f7d28e17f7", "", false},
-              {"900150983cd24fb0d6963f7d28e17f7g", "", false},
-              {"", dir / "missing", false}};
+  const struct { const char* verifier; std::string root; bool taken; } rows[] = {
+      {"", "", true}, {"900150983CD24FB0D6963F7D28E17F72", dir.path(), true},
+      {"900150983cd24fb0d6963f7d28e17f7", "", false}, {"900150983cd24fb0d6963f7d28e17f7g", "", false},
+      {"", dir / "missing", false}};
   for (size_t i = 0; i < std::size(rows); ++i) {
     auto service = RvRemoteDebugService::createObject(0);
     RvServiceProtections p;
