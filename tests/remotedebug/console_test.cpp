@@ -139,8 +139,10 @@ TEST_F(ConsoleTest, SynchronousAnswersAndDownloads) {
   writeFile(dir / "data.bin", "content");
   ZrJsonPtr in = ZrJson::readjson("{\"arg1\": \"data.bin\"}"), out = ZrJson::readjson("{}");
   ASSERT_TRUE(CNetCommand::sendSynCommand(client.get(), "DOWN", 5000, in, out));
-  EXPECT_EQ(out("texts")(0)->strValue().str(), "已下载到：" + dir / "data-副本.bin");
-  EXPECT_EQ(out("path")->strValue().str(), dir / "data-副本.bin");
+  ZrUtf8String text, path;  // read so that a missing key fails the test, not the program
+  EXPECT_TRUE(out->GetDataS("texts/0", text) && out->GetDataS("path", path));
+  EXPECT_EQ(text.str(), "已下载到：" + dir / "data-副本.bin");
+  EXPECT_EQ(path.str(), dir / "data-副本.bin");
   EXPECT_EQ(readFile(dir / "data-副本.bin"), "content");
   // Refused on this side: nothing to attach.
   EXPECT_EQ(remotetest::command(*client, "up", "missing"), "此文件（夹）不存在！");
