@@ -25,12 +25,11 @@ ZrSmartPtr<RvNetPackage> packageWith(const std::string& payload) {
 }
 
 // Receives into temporary files under a fresh directory.
-struct TempDirFixture : ::testing::Test {
+struct Framing : ::testing::Test {
   TestDir dir;
   void SetUp() override { setTempPath(dir.path().c_str()); }
   void TearDown() override { setTempPath(""); }
 };
-using Framing = TempDirFixture;
 
 }  // namespace
 
@@ -53,13 +52,9 @@ TEST_F(Framing, PackageListsAndRemoval) {
 TEST_F(Framing, SendDataWireBytes) {
   writeFile(dir / "one", "first file");
   writeFile(dir / "empty", "");
-  struct Row {
-    std::string payload;
-    std::vector<std::string> files;
-    std::string expected;
-  } rows[] = {
+  const struct { std::string payload; std::vector<std::string> files; std::string expected; }
+      rows[] = {
       {"hello", {}, frame("hello")},
-      {"", {}, frame("")},
       {"pay", {"one", "empty"}, frame("pay", {"first file", ""})},
       // Without a payload the files never travel: the header alone.
       {"", {"one", "empty"}, frame("", {"x", "y"})},

@@ -66,15 +66,10 @@ class Guarded : public ::testing::Test {
 TEST(GuardSettings, VerifiersAndRootsAreCheckedBeforeTheyAreTaken) {
   EXPECT_EQ(RvRemoteDebugService::passVerifierOf("abc").str(), "900150983cd24fb0d6963f7d28e17f72");
   TestDir dir;
-  const struct {
-    const char* verifier;
-    std::string root;
-    bool taken;
-  } rows[] = {{"", "", true},
-              {"900150983CD24FB0D6963F7D28E17F72", dir.path(), true},
-              {"900150983cd24fb0d6963f7d28e17f7", "", false},
-              {"900150983cd24fb0d6963f7d28e17f7g", "", false},
-              {"", dir / "missing", false}};
+  const struct { const char* verifier; std::string root; bool taken; } rows[] = {
+      {"", "", true}, {"900150983CD24FB0D6963F7D28E17F72", dir.path(), true},
+      {"900150983cd24fb0d6963f7d28e17f7", "", false}, {"900150983cd24fb0d6963f7d28e17f7g", "", false},
+      {"", dir / "missing", false}};
   for (size_t i = 0; i < std::size(rows); ++i) {
     auto service = RvRemoteDebugService::createObject(0);
     RvServiceProtections p;
@@ -116,10 +111,7 @@ TEST_F(Guarded, EscapeAttemptsStayBeneathTheRoot) {
   start(p);
   auto c = client();
   writeFile(dir / "local/planted", "mine");
-  const struct {
-    const char* word;
-    std::string arg1, arg2, expected;
-  } rows[] = {
+  const struct { const char* word; std::string arg1, arg2, expected; } rows[] = {
       {"FIND", "*.txt", "", "inside.txt;\r\n"},  // the links leading out are not descended
       {"MD", outsideTarget(), "", "新建失败！"},
       {"MD", "out/escaped", "", "新建失败！"},
@@ -193,12 +185,10 @@ TEST(RootedResolve, BothResolversRefuseEscapes) {
   fs::create_symlink("../../outside.txt", dir / "root/a/rel");
   fs::create_symlink("b.txt", dir / "root/a/inner");
   const int root = open((dir / "root").c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-  const struct {
-    const char* path;
-    bool kernel, walk;  // opened by each resolver
-  } rows[] = {{"a/b.txt", true, true},   {"/a/b.txt", true, true},   {"a/../a/b.txt", true, false},
-              {"../outside.txt", false, false}, {"abs", false, false}, {"a/rel", false, false},
-              {"a/inner", true, false}, {"a/b.txt/..", false, false}, {"", true, true}};
+  const struct { const char* path; bool kernel, walk; } rows[] = {  // opened by each resolver
+      {"a/b.txt", true, true},   {"/a/b.txt", true, true},   {"a/../a/b.txt", true, false},
+      {"../outside.txt", false, false}, {"abs", false, false}, {"a/rel", false, false},
+      {"a/inner", true, false}, {"a/b.txt/..", false, false}, {"", true, true}};
   for (size_t i = 0; i < std::size(rows); ++i) {
     const std::string relative = rows[i].path[0] == '/' ? rows[i].path + 1 : rows[i].path;
     for (int walk = 0; walk < 2; ++walk) {

@@ -16,9 +16,11 @@
 
 namespace {
 
+using Texts = std::vector<std::string>;
+
 struct Served {
   bool keepOpen = false;
-  std::vector<std::string> texts;  // answer strings as UTF-8
+  Texts texts;  // answer strings as UTF-8
   ZrSmartPtr<RvNetPackage> reply;
 };
 
@@ -29,8 +31,8 @@ ZrSmartPtr<RvNetPackage> packageWithHeader() {
   return RvNetPackage::createObject(stream);
 }
 
-std::vector<std::string> answerTexts(const ZrSmartPtr<RvNetPackage>& package) {
-  std::vector<std::string> texts;
+Texts answerTexts(const ZrSmartPtr<RvNetPackage>& package) {
+  Texts texts;
   ZrSmartPtr<ZrStreamBuf> stream = package->stream();
   stream->seek(24, kSeekFromStart);
   for (ZrString text; zrad::remote::readPayloadString(*stream, text);)
@@ -53,8 +55,8 @@ Served serve(const ZrString& word, const ZrString& arg1 = ZrString(), const ZrSt
 }
 
 // The "\r\n"-ended lines of a listing, sorted: directories list in no fixed order.
-std::vector<std::string> lines(std::string text) {
-  std::vector<std::string> out;
+Texts lines(std::string text) {
+  Texts out;
   for (size_t at; (at = text.find("\r\n")) != std::string::npos; text.erase(0, at + 2))
     out.push_back(text.substr(0, at));
   std::sort(out.begin(), out.end());
@@ -72,17 +74,16 @@ class NetCommandTest : public ::testing::Test {
 
 }  // namespace
 
+// Every command, then each file command on a name holding a zero: cut at its zero, "x\0y"
+// would name x and make, rename, remove, copy or send it.
 TEST_F(NetCommandTest, EveryCommandAnswersAsItsRowSays) {
   writeFile(dir / "a.txt", "hello");
   writeFile(dir / "up/a.txt", "uploaded");
+  writeFile(dir / "x", "kept");
   const std::string up = dir / "up/a.txt";
   const std::string M = "此文件（夹）不存在！";
-  struct Row {
-    const wchar_t *word, *arg1, *arg2;
-    const char* attached;
-    std::vector<std::string> texts;
-  };
-  const Row rows[] = {
+  const ZrString cut(L"x\0y", 3);
+  const struct { const wchar_t* word; ZrString arg1, arg2; const char* attached; Texts texts; } rows[] = {
       {L"HELLO", L"", L"", nullptr, {"欢迎连接 本机"}},
       {L"VER", L"", L"", nullptr, {}},
       {L"CD", L"x", L"", nullptr, {}},
@@ -109,41 +110,6 @@ TEST_F(NetCommandTest, EveryCommandAnswersAsItsRowSays) {
       {L"UP", L"a.txt", L"", nullptr, {"上传失败！"}},
       {L"DOWN", L"missing", L"", nullptr, {M}},
       {L"DOWN", L"sub2", L"", nullptr, {M}},
-  };
-  for (size_t i = 0; i < std::size(rows); ++i) {
-    const Row& row = rows[i];
-    const Served served = serve(row.word, row.arg1, row.arg2, row.attached);
-    EXPECT_TRUE(served.keepOpen) << "row " << i;
-    EXPECT_EQ(served.texts, row.texts) << "row " << i;
-  }
-  EXPECT_TRUE(isDir((dir / "sub2").c_str()));
-  EXPECT_EQ(readFile(dir / "a-副本.txt"), "uploaded");  // a.txt was taken
-  EXPECT_FALSE(exists(dir / "b.txt"));
-  EXPECT_EQ(readFile(dir / "a.txt"), "hello");
-
-  const std::vector<std::string> found = serve(L"FIND", L"*.txt").texts;
-  ASSERT_EQ(found.size(), 1u);
-  EXPECT_EQ(lines(found[0]), (std::vector<std::string>{"a-副本.txt;", "a.txt;", "up/a.txt;"}));
-
-  const Served down = serve(L"DOWN", L"a.txt");
-  EXPECT_TRUE(down.texts.empty());
-  ASSERT_EQ(down.reply->fileCount(), 1);
-  EXPECT_EQ(down.reply->getFilePath(1).str(), dir / "a.txt");
-}
-
-TEST_F(NetCommandTest, NamesHoldingAZeroActOnNothing) {
-  // Cut at its zero, "x\0y" would name x: made, renamed, removed, copied or sent.
-  writeFile(dir / "x", "kept");
-  writeFile(dir / "up", "uploaded");
-  const ZrString cut(L"x\0y", 3);
-  const std::string up = dir / "up";
-  struct Row {
-    const wchar_t* word;
-    ZrString arg1, arg2;
-    const char* attached;
-    std::vector<std::string> texts;
-  };
-  const Row rows[] = {
       {L"MD", ZrString(L"d\0", 2), L"", nullptr, {"新建失败！"}},
       {L"RN", cut, L"z", nullptr, {}},
       {L"RN", L"x", ZrString(L"z\0", 2), nullptr, {}},
@@ -151,7 +117,7 @@ TEST_F(NetCommandTest, NamesHoldingAZeroActOnNothing) {
       {L"CP", cut, L"z", nullptr, {"复制失败！"}},
       {L"CP", L"x", ZrString(L"x\0z", 3), nullptr, {"复制失败！"}},
       {L"UP", cut, L"", up.c_str(), {"上传失败！"}},
-      {L"DOWN", cut, L"", nullptr, {"此文件（夹）不存在！"}},
+      {L"DOWN", cut, L"", nullptr, {M}},
   };
   for (size_t i = 0; i < std::size(rows); ++i) {
     const Served served = serve(rows[i].word, rows[i].arg1, rows[i].arg2, rows[i].attached);
@@ -159,16 +125,28 @@ TEST_F(NetCommandTest, NamesHoldingAZeroActOnNothing) {
     EXPECT_EQ(served.texts, rows[i].texts) << "row " << i;
     EXPECT_EQ(served.reply->fileCount(), 0) << "row " << i;
   }
-  EXPECT_FALSE(exists(dir / "d"));
-  EXPECT_FALSE(exists(dir / "z"));
-  EXPECT_FALSE(exists(dir / "x-副本"));
+  EXPECT_TRUE(isDir((dir / "sub2").c_str()));
+  EXPECT_EQ(readFile(dir / "a-副本.txt"), "uploaded");  // a.txt was taken
+  EXPECT_FALSE(exists(dir / "b.txt"));
+  EXPECT_EQ(readFile(dir / "a.txt"), "hello");
+  for (const char* made : {"d", "z", "x-副本"}) EXPECT_FALSE(exists(dir / made)) << made;
   EXPECT_EQ(readFile(dir / "x"), "kept");
+
+  const Texts found = serve(L"FIND", L"*.txt").texts;
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(lines(found[0]), (Texts{"a-副本.txt;", "a.txt;", "up/a.txt;"}));
+
+  const Served down = serve(L"DOWN", L"a.txt");
+  EXPECT_TRUE(down.texts.empty());
+  ASSERT_EQ(down.reply->fileCount(), 1);
+  EXPECT_EQ(down.reply->getFilePath(1).str(), dir / "a.txt");
 }
 
 TEST_F(NetCommandTest, RefusedRequestsEndTheConversationWithoutAnswer) {
   // An unknown word, a payload cut short, and a handler asked under another request id.
-  EXPECT_FALSE(serve(L"NOPE").keepOpen);
-  EXPECT_TRUE(serve(L"NOPE").texts.empty());
+  const Served unknown = serve(L"NOPE");
+  EXPECT_FALSE(unknown.keepOpen);
+  EXPECT_TRUE(unknown.texts.empty());
   ZrSmartPtr<RvNetPackage> shortRequest = packageWithHeader();
   zrad::remote::writePayloadString(*shortRequest->stream(), L"HELLO");
   EXPECT_FALSE(CNetCommand::createNetCom(1)->OnReceiveData(1, shortRequest, packageWithHeader()));
@@ -183,11 +161,11 @@ TEST_F(NetCommandTest, ListingForms) {
   writeFile(dir / "b.log", "");
   ASSERT_EQ(symlink("a.txt", (dir / "l.txt").c_str()), 0);
   auto ls = [](const wchar_t* a, const wchar_t* b) {
-    const std::vector<std::string> texts = serve(L"LS", a, b).texts;
+    const Texts texts = serve(L"LS", a, b).texts;
     return texts.size() == 1 ? texts[0] : std::string("<not one string>");
   };
-  EXPECT_EQ(lines(ls(L"", L"")), (std::vector<std::string>{".", "..", "a.txt", "b.log", "l.txt"}));
-  EXPECT_EQ(lines(ls(L"*.log", L"")), std::vector<std::string>{"b.log"});
+  EXPECT_EQ(lines(ls(L"", L"")), (Texts{".", "..", "a.txt", "b.log", "l.txt"}));
+  EXPECT_EQ(lines(ls(L"*.log", L"")), Texts{"b.log"});
   EXPECT_EQ(ls(L"-L", L""), "");  // a pattern that matches nothing
   EXPECT_EQ(ls(L"x", L"y"), "");
 
@@ -208,11 +186,11 @@ TEST(NetCommandRoot, EmptyCurrentDirectoryWorksFromTheRoot) {
   TestDir dir;
   const std::string name = "zrad-netcommand-" + std::to_string(getpid());
   writeFile(dir / (name + ".txt"), "x");
-  EXPECT_EQ(serve(L"MD", wide(name)).texts, std::vector<std::string>{"新建成功！"});
+  EXPECT_EQ(serve(L"MD", wide(name)).texts, Texts{"新建成功！"});
   EXPECT_TRUE(isDir(("/" + name).c_str()));
   const std::string local = dir / (name + ".txt");
-  EXPECT_EQ(serve(L"UP", wide(local), L"", local.c_str()).texts, std::vector<std::string>{"上传成功！"});
+  EXPECT_EQ(serve(L"UP", wide(local), L"", local.c_str()).texts, Texts{"上传成功！"});
   EXPECT_EQ(readFile("/" + name + ".txt"), "x");
-  EXPECT_EQ(serve(L"R", wide(name)).texts, std::vector<std::string>{"删除成功！"});
+  EXPECT_EQ(serve(L"R", wide(name)).texts, Texts{"删除成功！"});
   EXPECT_TRUE(zrutRemoveFile(("/" + name + ".txt").c_str()));
 }

@@ -28,12 +28,7 @@ std::string bytesOf(ZrMemoryStream& stream) {
 }  // namespace
 
 TEST(PayloadString, EncodesLowSixteenBitsAfterACount) {
-  struct Row {
-    const wchar_t* text;
-    std::string wire;
-    const wchar_t* readBack;
-  };
-  const Row rows[] = {
+  const struct { const wchar_t* text; std::string wire; const wchar_t* readBack; } rows[] = {
       {L"", std::string("\0\0\0\0", 4), L""},
       {L"A", std::string("\1\0\0\0A\0", 6), L"A"},
       {L"验证", std::string("\2\0\0\0\x8c\x9a\xc1\x8b", 8), L"验证"},
@@ -65,18 +60,10 @@ TEST(PayloadString, ShortOrLyingInputIsRefused) {
     EXPECT_FALSE(readPayloadString(*in, text)) << "row " << i;
     EXPECT_EQ(text, ZrString(L"unchanged")) << "row " << i;
   }
-  // Strings follow each other without separator.
-  ZrMemoryStreamPtr two = streamOf(std::string("\1\0\0\0a\0\1\0\0\0b\0", 12));
-  ZrString a, b, c;
-  EXPECT_TRUE(readPayloadString(*two, a) && readPayloadString(*two, b));
-  EXPECT_EQ(a + b, ZrString(L"ab"));
-  EXPECT_FALSE(readPayloadString(*two, c));
 }
 
 TEST(CommandPaths, JoinAndFreeNames) {
-  const struct {
-    const wchar_t *dir, *name, *joined;
-  } joins[] = {
+  const struct { const wchar_t *dir, *name, *joined; } joins[] = {
       {L"", L"tmp", L"/tmp"},
       {L"/srv", L"a", L"/srv/a"},
       {L"/srv/", L"a", L"/srv/a"},
@@ -85,11 +72,8 @@ TEST(CommandPaths, JoinAndFreeNames) {
   for (size_t i = 0; i < std::size(joins); ++i)
     EXPECT_EQ(joinToCurrentDir(joins[i].dir, joins[i].name), ZrString(joins[i].joined)) << "row " << i;
 
-  const struct {
-    const wchar_t* name;
-    int taken;  // how many candidates exist already
-    const wchar_t* chosen;
-  } names[] = {
+  // name, how many candidates exist already => the name chosen
+  const struct { const wchar_t* name; int taken; const wchar_t* chosen; } names[] = {
       {L"a.txt", 0, L"/d/a.txt"},
       {L"a.txt", 1, L"/d/a-副本.txt"},
       {L"a.txt", 2, L"/d/a-副本-副本.txt"},

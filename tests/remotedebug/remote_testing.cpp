@@ -1,4 +1,4 @@
-// Test conversations shared by the endpoint and service tests.
+// The service, clients and raw connections the remote-debugging tests share.
 #include "remotedebug/remote_testing.h"
 
 #include <arpa/inet.h>
@@ -9,36 +9,7 @@
 
 #include <zrad/json.h>
 
-
 namespace remotetest {
-
-namespace {
-
-std::string textAfterHeader(const RvNetPackage& pkg) {
-  std::string payload = payloadOf(pkg);
-  return payload.size() > 24 ? payload.substr(24) : "";
-}
-
-class EchoCom : public ZradNetComImp<INetCom> {
- public:
-  int getReqId() const override { return m_reqId; }
-  bool OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
-                     ZrSmartPtr<RvNetPackage> reply) override {
-    m_reqId = reqId;
-    appendText(*reply, "echo:" + textAfterHeader(*received));
-    return true;
-  }
-
- private:
-  int m_reqId = 0;
-};
-
-}  // namespace
-
-int openDescriptors() {
-  return static_cast<int>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
-                                        std::filesystem::directory_iterator()));
-}
 
 size_t entriesIn(const std::string& dir) {
   std::error_code missing;
@@ -107,31 +78,5 @@ std::string command(RvRemoteDebugClient& client, const char* word, const std::st
     texts += (i ? " | " : "") + out("texts")(i)->strValue().str();
   return out("texts").ArrayCount() ? texts : "<none>";
 }
-
-ZrSmartPtr<TestCom> TestCom::create(int reqId, const std::string& text) {
-  ZrSmartPtr<TestCom> com = ZrRxObjectImpl<TestCom>::createObject();
-  com->m_reqId = reqId;
-  com->m_text = text;
-  return com;
-}
-
-bool TestCom::OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
-                            ZrSmartPtr<RvNetPackage> reply) {
-  if (reqId == 0) {
-    appendText(*reply, m_text);
-    return true;
-  }
-  std::lock_guard<std::mutex> lock(m_lock);
-  m_answers.push_back(textAfterHeader(*received));
-  appendText(*reply, "bye");
-  return false;
-}
-
-std::vector<std::string> TestCom::answers() const {
-  std::lock_guard<std::mutex> lock(m_lock);
-  return m_answers;
-}
-
-ZrSmartPtr<INetCom> createEchoMonitor(int) { return ZrRxObjectImpl<EchoCom>::createObject(); }
 
 }  // namespace remotetest

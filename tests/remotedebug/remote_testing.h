@@ -1,4 +1,5 @@
-// Helpers of the remote-debugging tests: hand-built frames, raw peers and a test conversation.
+// Helpers of the remote-debugging tests: hand-built frames, raw peers, a service and clients on
+// 127.0.0.1.
 //
 // Frames are encoded here independently of the library: every integer appended byte by byte
 // in little-endian order, as the two ends of this protocol lay them out.
@@ -11,8 +12,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <functional>
-#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -21,40 +22,30 @@
 
 namespace remotetest {
 
-inline void appendLe(std::string& out, uint64_t value, int bytes) {
+// The low `bytes` bytes of `value`, least significant first.
+inline std::string le(uint64_t value, int bytes) {
+  std::string out;
   for (int i = 0; i < bytes; ++i) out += static_cast<char>((value >> (8 * i)) & 0xFF);
+  return out;
 }
 
 // [L][N]
 inline std::string frameHeader(uint32_t length, uint32_t count) {
-  std::string out;
-  appendLe(out, length, 4);
-  appendLe(out, count, 4);
-  return out;
+  return le(length, 4) + le(count, 4);
 }
 
 // [L][N][payload][sizes when L and N are not 0][contents]
 inline std::string frame(const std::string& payload, const std::vector<std::string>& files = {}) {
   std::string out = frameHeader(payload.size(), files.size()) + payload;
   if (payload.empty()) return out;
-  for (const std::string& file : files) appendLe(out, file.size(), 4);
+  for (const std::string& file : files) out += le(file.size(), 4);
   for (const std::string& file : files) out += file;
   return out;
 }
 
 inline std::string messageHeader(int32_t reqId, uint64_t sender, uint64_t receiver, int32_t seq) {
-  std::string out;
-  appendLe(out, static_cast<uint32_t>(reqId), 4);
-  appendLe(out, sender, 8);
-  appendLe(out, receiver, 8);
-  appendLe(out, static_cast<uint32_t>(seq), 4);
-  return out;
-}
-
-inline uint64_t readLe(const std::string& bytes, size_t at, int width) {
-  uint64_t value = 0;
-  for (int i = width - 1; i >= 0; --i) value = value << 8 | static_cast<uint8_t>(bytes.at(at + i));
-  return value;
+  return le(static_cast<uint32_t>(reqId), 4) + le(sender, 8) + le(receiver, 8) +
+         le(static_cast<uint32_t>(seq), 4);
 }
 
 // A connected pair of stream sockets; both closed at the end unless released.
@@ -65,16 +56,11 @@ struct SocketPair {
     for (int f : fd)
       if (f >= 0) close(f);
   }
-  int release(int i) {
-    int f = fd[i];
-    fd[i] = -1;
-    return f;
-  }
+  int release(int i) { return std::exchange(fd[i], -1); }
 };
 
 inline void sendAll(int fd, const std::string& bytes) {
-  size_t done = 0;
-  while (done < bytes.size()) {
+  for (size_t done = 0; done < bytes.size();) {
     ssize_t n = send(fd, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
     if (n <= 0) return;
     done += static_cast<size_t>(n);
@@ -104,14 +90,6 @@ inline std::string payloadOf(const RvNetPackage& pkg) {
   return out;
 }
 
-inline void appendText(RvNetPackage& pkg, const std::string& text) {
-  ZrSmartPtr<ZrStreamBuf> stream = pkg.stream();
-  stream->seek(0, kSeekFromEnd);
-  stream->putBytes(text.data(), static_cast<uint32_t>(text.size()));
-}
-
-// Descriptors open in this process.
-int openDescriptors();
 // Entries of a directory; 0 when it is missing.
 size_t entriesIn(const std::string& dir);
 // True once `done` holds, asked every 10 ms for at most `seconds`.
@@ -130,29 +108,5 @@ bool portFree(unsigned port);
 // it has none, "<failed>" when the conversation did not finish.
 std::string command(RvRemoteDebugClient& client, const char* word, const std::string& arg1 = "",
                     const std::string& arg2 = "");
-
-// A conversation that opens with `text`, records what its answer carries and ends itself on
-// it, writing "bye" into its last reply.
-class TestCom : public ZradNetComImp<INetCom> {
- public:
-  static ZrSmartPtr<TestCom> create(int reqId, const std::string& text);
-  int getReqId() const override { return m_reqId; }
-  bool OnReceiveData(int reqId, ZrSmartPtr<RvNetPackage> received,
-                     ZrSmartPtr<RvNetPackage> reply) override;
-  // Payload text after the header of every answer.
-  std::vector<std::string> answers() const;
-
- protected:
-  TestCom() = default;
-
- private:
-  int m_reqId = 0;
-  std::string m_text;
-  std::vector<std::string> m_answers;
-  mutable std::mutex m_lock;
-};
-
-// The peer side of TestCom: answers "echo:<text>".
-ZrSmartPtr<INetCom> createEchoMonitor(int reqId);
 
 }  // namespace remotetest
