@@ -43,10 +43,10 @@ bool queue(Teardown& t, IElementValueBase* e) {
 }
 
 // Deletes one element: the tree's own go back to the element pool, others to the heap.
-void dispose(IElementValueBase* e) {
+void dispose(zrad::json::ChunkState& s, IElementValueBase* e) {
   if (ElementValue* ev = zrad::json::asElement(e)) {
     ev->~ElementValue();
-    zrad::json::freeElementBlock(ev);
+    zrad::json::freeBlockIn(s, ev, zrad::json::kElementBytes);
   } else {
     delete e;
   }
@@ -54,15 +54,16 @@ void dispose(IElementValueBase* e) {
 
 void destroy(IElementValueBase* e) {
   Teardown& t = tTeardown;
+  zrad::json::ChunkState& s = zrad::json::tChunks;
   if (t.running) {
     // Without memory for the queue, a container goes at once: a deeper stack, nothing lost.
-    if (isLeaf(e) || !queue(t, e)) dispose(e);
+    if (isLeaf(e) || !queue(t, e)) dispose(s, e);
     return;
   }
-  zrad::json::FreeBatch batch(zrad::json::tChunks);
+  zrad::json::FreeBatch batch(s);
   t.running = true;
-  dispose(e);
-  while (t.size) dispose(t.pending[--t.size]);
+  dispose(s, e);
+  while (t.size) dispose(s, t.pending[--t.size]);
   std::free(t.pending);
   t.pending = nullptr;
   t.capacity = 0;

@@ -198,18 +198,12 @@ __attribute__((noinline)) void poolFree(void* block, size_t size) {
 
 }  // namespace zrad::json
 
-// Elements are the most frequent blocks: they go to their class without the size lookup.
+// Elements are the most frequent blocks: they come from their class without the size lookup.
 static_assert(sizeof(ElementValue) == zrad::json::kClassSize[0] && sizeof(ElementValue) == zrad::json::kElementBytes,
               "elements fill the smallest class");
 
 namespace zrad::json {
 
 void* poolElementBlock() { return kPooled ? take(0) : poolAlloc(sizeof(ElementValue)); }
-
-void freeElementBlock(void* block) {
-  if (!kPooled) poolFree(block, sizeof(ElementValue));
-  else if (slabOf(block)->chunk) freeChunkBlock(tChunks, block);
-  else give(0, block);
-}
 
 }  // namespace zrad::json

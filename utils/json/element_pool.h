@@ -15,9 +15,8 @@ void poolFree(void* block, size_t size);
 bool fromMalloc(size_t size);
 
 // The block of one ElementValue from the pool (elementBlock in element_slab.h takes it from the
-// chunk during a bulk build), and the return of either.
+// chunk during a bulk build); freeBlockIn there gives either back.
 void* poolElementBlock();
-void freeElementBlock(void* block);
 
 struct ChunkState;  // element_slab.h
 
