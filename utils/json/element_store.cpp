@@ -49,7 +49,6 @@ void makeHeapName(ChunkState& s, Name& name, std::string_view text) {
   name.size = static_cast<uint32_t>(text.size());  // last: a failed allocation leaves no heap name
 }
 
-
 void* growBlock(void* block, size_t itemSize, uint32_t needed) {
   uint32_t capacity = block ? static_cast<Block<char>*>(block)->capacity : 0;
   if (needed <= capacity) return block;

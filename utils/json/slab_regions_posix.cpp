@@ -20,12 +20,12 @@
 namespace zrad::json {
 
 struct SlabRegion {
-  char* base;         // the mapping
-  char* first;        // its first slab (base rounded up to kSlabBytes)
-  uint32_t freeMask;  // the slabs not handed out, bit i for slab i
-  uint32_t allMask;   // every slab the region holds (31 when the mapping is not aligned)
+  char* base;          // the mapping
+  char* first;         // its first slab (base rounded up to kSlabBytes)
+  uint32_t freeMask;   // the slabs not handed out, bit i for slab i
+  uint32_t allMask;    // every slab the region holds (31 when the mapping is not aligned)
   uint32_t untouched;  // the slabs never handed out, whose pages are not there yet
-  SlabRegion* prev;   // neighbours on the list of regions with a free slab
+  SlabRegion* prev;    // neighbours on the list of regions with a free slab
   SlabRegion* next;
 };
 
