@@ -89,7 +89,7 @@ SlabHead* newSlab(bool chunk) {
     at = r->first + size_t(__builtin_ctz(bit)) * kSlabBytes;
   }
   // A new slab's pages are put in place with one call rather than a fault each (where the system
-  // can; else they fault in as before): 13-18% off a fresh process's first read of json_bench's
+  // can; else they fault in as before): 9-18% off a fresh process's first read of json_bench's
   // documents, 1.7 rather than 2.1 s to read 50 million numbers (json_numbers).
   if (untouched) madvise(at, kSlabBytes, MADV_POPULATE_WRITE);
   SlabHead* head = new (at) SlabHead;
