@@ -175,12 +175,9 @@ void give(int c, void* block) noexcept {
 
 }  // namespace
 
-__attribute__((noinline)) void* poolAlloc(size_t size) {
+__attribute__((noinline)) void* poolTake(size_t size) {
   int c = kPooled ? classOf(size) : -1;
-  if (c >= 0) {
-    ChunkState& s = tChunks;
-    return s.building ? chunkBlock(s, size) : take(c);
-  }
+  if (c >= 0) return take(c);
   void* p = std::malloc(size ? size : 1);
   if (!p) throw ZrError(Zrad::eOutOfMemory);
   return p;
@@ -188,11 +185,9 @@ __attribute__((noinline)) void* poolAlloc(size_t size) {
 
 bool fromMalloc(size_t size) { return !kPooled || classOf(size) < 0; }
 
-__attribute__((noinline)) void poolFree(void* block, size_t size) {
-  if (!block) return;
+__attribute__((noinline)) void poolGive(void* block, size_t size) noexcept {
   int c = kPooled ? classOf(size) : -1;
   if (c < 0) std::free(block);
-  else if (slabOf(block)->chunk) freeChunkBlock(tChunks, block);
   else give(c, block);
 }
 
@@ -204,6 +199,6 @@ static_assert(sizeof(ElementValue) == zrad::json::kClassSize[0] && sizeof(Elemen
 
 namespace zrad::json {
 
-void* poolElementBlock() { return kPooled ? take(0) : poolAlloc(sizeof(ElementValue)); }
+void* poolElementBlock() { return kPooled ? take(0) : poolTake(sizeof(ElementValue)); }
 
 }  // namespace zrad::json

@@ -6,12 +6,15 @@
 
 namespace zrad::json {
 
-// A block of at least `size` bytes; throws ZrError(eOutOfMemory) when memory is exhausted.
-void* poolAlloc(size_t size);
-// Returns a block from poolAlloc; `size` must be the size it was asked for. Null is accepted.
-void poolFree(void* block, size_t size);
-// Whether poolAlloc takes `size` bytes from malloc, so that a block of that size from malloc
-// or realloc may be given to poolFree.
+// A block of at least `size` bytes from the thread's free lists (from malloc above the largest
+// class, and in sanitizer builds); throws ZrError(eOutOfMemory) when memory is exhausted.
+// allocBlock and freeBlockIn in element_slab.h take and give back every block of the tree,
+// a chunk's included.
+void* poolTake(size_t size);
+// Returns the non-null `block` from poolTake; `size` must be the size it was asked for.
+void poolGive(void* block, size_t size) noexcept;
+// Whether poolTake takes `size` bytes from malloc, so that a block of that size from malloc
+// or realloc may be given to poolGive.
 bool fromMalloc(size_t size);
 
 // The block of one ElementValue from the pool (elementBlock in element_slab.h takes it from the

@@ -95,10 +95,12 @@ inline void* elementBlock(ChunkState& s) {
   return poolElementBlock();
 }
 
-// A block of `size` bytes as poolAlloc gives it, with the thread's chunk state `s` at hand.
+// A block of at least `size` bytes, with the thread's chunk state `s` at hand: cut from the
+// chunk during a bulk build, else from the pool; throws ZrError(eOutOfMemory) when memory is
+// exhausted.
 inline void* allocBlock(ChunkState& s, size_t size) {
   if (kPooled && s.building && size <= kLargestPooled) return chunkBlock(s, size);
-  return poolAlloc(size);
+  return poolTake(size);
 }
 
 void countOff(ChunkState& s, SlabHead* chunk, uint32_t n) noexcept;
@@ -130,11 +132,11 @@ inline void freeChunkBlock(ChunkState& s, void* block) noexcept {
   ++s.pendingCount;
 }
 
-// Gives back the non-null `block` of `size` bytes (as asked of poolAlloc; an element's is
+// Gives back the non-null `block` of `size` bytes (as asked of allocBlock; an element's is
 // kElementBytes) with the thread's chunk state `s` at hand.
 inline void freeBlockIn(ChunkState& s, void* block, size_t size) noexcept {
   if (kPooled && size <= kLargestPooled && slabOf(block)->chunk) return freeChunkBlock(s, block);
-  poolFree(block, size);
+  poolGive(block, size);
 }
 
 }  // namespace zrad::json

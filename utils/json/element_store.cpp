@@ -56,7 +56,7 @@ void* growBlock(void* block, size_t itemSize, uint32_t needed) {
   if (grown < needed) grown = needed;
   if (grown > 0x7FFFFFFF) grown = 0x7FFFFFFF;
   if (grown < needed) throw ZrError(Zrad::eOutOfMemory);
-  auto* b = static_cast<Block<char>*>(poolAlloc(blockBytes(itemSize, static_cast<uint32_t>(grown))));
+  auto* b = static_cast<Block<char>*>(allocBlock(tChunks, blockBytes(itemSize, static_cast<uint32_t>(grown))));
   b->size = 0;
   if (block) {
     auto* old = static_cast<Block<char>*>(block);
